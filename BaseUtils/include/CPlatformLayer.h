@@ -1,0 +1,25 @@
+#ifndef CPLATFORMLAYER_H
+#define CPLATFORMLAYER_H
+
+#include <string>
+
+#include "IPlatformImpl.h"
+
+// The collector's only way to the operating system's process-wide state:
+// working directory, shell commands and sleeps.
+class CPlatformLayer {
+public:
+    static std::string getCurrentDirectory();
+    static bool setCurrentDirectory(const std::string& dir);
+    static int RunShellCommand(const std::string& command);
+    static void SleepMilliseconds(unsigned long milliseconds);
+
+    // Replaces the implementation; null restores the real one. Returns the
+    // previous implementation. Not thread-safe: call before threads start.
+    static IPlatformImpl* SetImplForTesting(IPlatformImpl* impl);
+
+private:
+    static IPlatformImpl& Impl();
+};
+
+#endif

@@ -1,0 +1,48 @@
+#include "CLogger.h"
+
+#include <ctime>
+#include <iomanip>
+
+CLogger* CLogger::m_ptrInstance = nullptr;
+
+CLogger::CLogger() : m_fileName("debug.log"), m_enabled(false) {}
+
+CLogger* CLogger::GetInstance() {
+    if (m_ptrInstance == nullptr) m_ptrInstance = new CLogger();
+    return m_ptrInstance;
+}
+
+bool CLogger::Initialize(const std::string& file) {
+    if (m_enabled) return true;
+    m_fileName = file;
+    m_stream.open(m_fileName.c_str(), std::ios::out | std::ios::trunc);
+    if (!m_stream.is_open()) return false;
+    const bool wasEnabled = m_enabled;
+    m_enabled = true;
+    return wasEnabled;
+}
+
+std::string CLogger::getFileName(const std::string& path) {
+    const std::string::size_type slash = path.rfind('/');
+    return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+void CLogger::log(const char* file, unsigned int line, const std::string& message) {
+    if (!m_enabled) return;
+    char stamp[64] = {0};
+    const std::time_t now = std::time(nullptr);
+    struct tm local;
+    localtime_r(&now, &local);
+    std::strftime(stamp, sizeof stamp, "[%Y-%m-%dT%H:%M:%S] ", &local);
+    m_stream.seekp(0, std::ios::end);
+    m_stream << stamp << ": " << std::setw(25) << getFileName(file ? file : "") << ":" << std::setw(5) << line
+             << ": " << message << "\n";
+    m_stream.flush();
+}
+
+void CLogger::log(const char* file, unsigned int line, std::ostringstream& message) {
+    if (!m_enabled) return;
+    log(file, line, message.str());
+    message.str(std::string());
+    message.clear();
+}

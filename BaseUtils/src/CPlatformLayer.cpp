@@ -1,0 +1,24 @@
+#include "CPlatformLayer.h"
+
+#include "CLinuxImpl.h"
+
+namespace {
+CLinuxImpl g_linuxImpl;
+IPlatformImpl* g_impl = &g_linuxImpl;
+}  // namespace
+
+IPlatformImpl& CPlatformLayer::Impl() { return *g_impl; }
+
+IPlatformImpl* CPlatformLayer::SetImplForTesting(IPlatformImpl* impl) {
+    IPlatformImpl* previous = g_impl;
+    g_impl = impl != nullptr ? impl : &g_linuxImpl;
+    return previous;
+}
+
+std::string CPlatformLayer::getCurrentDirectory() { return Impl().GetCurrentDirectory(); }
+
+bool CPlatformLayer::setCurrentDirectory(const std::string& dir) { return Impl().SetCurrentDirectory(dir); }
+
+int CPlatformLayer::RunShellCommand(const std::string& command) { return Impl().RunShellCommand(command); }
+
+void CPlatformLayer::SleepMilliseconds(unsigned long milliseconds) { Impl().SleepMilliseconds(milliseconds); }

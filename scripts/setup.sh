@@ -1,0 +1,19 @@
+#!/bin/sh
+# Installs every Debian package the build, the tests and the benchmarks need.
+# Safe to run again: it does nothing when everything is already installed.
+set -eu
+packages="cmake ninja-build g++ clang pkg-config libxml2-dev libxml2-utils libcjson-dev
+libgtest-dev libgmock-dev libbenchmark-dev pciutils pci.ids"
+missing=""
+for p in $packages; do
+    dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing="$missing $p"
+done
+[ -z "$missing" ] && exit 0
+if [ "$(id -u)" -ne 0 ]; then
+    echo "setup: these packages are missing:$missing; run this script as root" >&2
+    exit 1
+fi
+export DEBIAN_FRONTEND=noninteractive
+apt-get update -qq
+# shellcheck disable=SC2086
+apt-get install -y -qq --no-install-recommends $missing
