@@ -5,11 +5,17 @@
 #include <sstream>
 #include <string>
 
+// "baseutils.log": a process-wide name that neither logger uses.
+extern const std::string strBaseUtilsLogFileName;
+// "kpxdebuglog": the marker file whose presence in the current directory switches
+// the IPMI library's logging on.
+extern const std::string strEnableLogFileName;
+
 // The collector's diagnostic log: time-stamped lines with source file and line.
 // Disabled (every call a no-op) until Initialize opens a file; the collector
 // itself never enables it. Takes no lock.
 class CLogger {
-public:
+  public:
     static CLogger* GetInstance();
 
     // Opens the file (truncating) on the first call. Returns the enabled flag as
@@ -23,7 +29,11 @@ public:
     // Logs the stream's text and empties the stream (untouched while disabled).
     void log(const char* file, unsigned int line, std::ostringstream& message);
 
-private:
+    // Deletes the instance (closing its file) so the next GetInstance starts disabled.
+    // For tests only: not thread-safe, and pointers from GetInstance dangle afterwards.
+    static void DestroyInstanceForTesting();
+
+  private:
     CLogger();
 
     static CLogger* m_ptrInstance;

@@ -1,9 +1,10 @@
 #include "CLinuxImpl.h"
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdlib>
 #include <ctime>
-#include <unistd.h>
 #include <vector>
 
 std::string CLinuxImpl::GetCurrentDirectory() {

@@ -3,6 +3,9 @@
 #include <ctime>
 #include <iomanip>
 
+const std::string strBaseUtilsLogFileName = "baseutils.log";
+const std::string strEnableLogFileName = "kpxdebuglog";
+
 CLogger* CLogger::m_ptrInstance = nullptr;
 
 CLogger::CLogger() : m_fileName("debug.log"), m_enabled(false) {}
@@ -45,4 +48,9 @@ void CLogger::log(const char* file, unsigned int line, std::ostringstream& messa
     log(file, line, message.str());
     message.str(std::string());
     message.clear();
+}
+
+void CLogger::DestroyInstanceForTesting() {
+    delete m_ptrInstance;
+    m_ptrInstance = nullptr;
 }
