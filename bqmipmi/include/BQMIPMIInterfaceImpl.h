@@ -1,0 +1,43 @@
+#ifndef BQMIPMIINTERFACEIMPL_H
+#define BQMIPMIINTERFACEIMPL_H
+
+#include "BQMIPMIData.h"
+#include "BQMLoggingOptions.h"
+#include "BQMString.h"
+
+class IBQMIPMIDriverManager;
+
+// The IPMI library's entry object: initialise, send requests, release. Loads
+// the kernel drivers when they are missing (and unloads them on Release), and
+// runs requests through the calling process's session. Not thread-safe.
+class BQMIPMIInterfaceImpl {
+  public:
+    BQMIPMIInterfaceImpl();
+    // Does not unload drivers: call Release first.
+    virtual ~BQMIPMIInterfaceImpl();
+    BQMIPMIInterfaceImpl(const BQMIPMIInterfaceImpl&) = delete;
+    BQMIPMIInterfaceImpl& operator=(const BQMIPMIInterfaceImpl&) = delete;
+
+    // Turns logging on (marker file), makes sure the drivers are loaded, makes
+    // config (when given) the default timing of later requests and opens the
+    // device. 0 on success; the driver manager's non-zero answer when no
+    // driver could be loaded; 257 when the session could not be set up.
+    int Initialize(const _BQMIPMIConfiguration* config);
+    // Names the configuration file, then Initialize(nullptr).
+    int Initialize(BQMString configFile);
+    // Runs one request; the response is written into *request. 0 when an
+    // answer was received (its completion code may still be non-zero); 257
+    // for a null request or a library whose Initialize did not succeed;
+    // otherwise the device layer's status.
+    int IPMIRequest(_BQMIPMICommandData* request);
+    // Closes the session and unloads the drivers this object loaded. The low
+    // byte of the session release's answer (0 when a session was open).
+    int Release();
+
+  private:
+    BQMLoggingOptions mLoggerOptions;
+    IBQMIPMIDriverManager* mDriverManager;
+    bool mReady;
+};
+
+#endif
