@@ -1,0 +1,86 @@
+#include "CFileUtils.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "CLogger.h"
+
+namespace {
+
+class CRealFileSystem : public IQVRFileSystem {
+public:
+    bool IsDirectory(const std::string& path) override {
+        struct stat info;
+        return ::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+    }
+    bool Exists(const std::string& path) override {
+        struct stat info;
+        return ::stat(path.c_str(), &info) == 0;
+    }
+    bool IsWritable(const std::string& path) override { return ::access(path.c_str(), W_OK) == 0; }
+};
+
+CRealFileSystem g_realFileSystem;
+IQVRFileSystem* g_fileSystem = &g_realFileSystem;
+
+}  // namespace
+
+CFileUtils::CFileUtils(const std::string& path)
+    : m_path(path), m_illegalSubstrings{"?", "*", "<", "\"", ">", "|"} {}
+
+IQVRFileSystem& CFileUtils::FileSystem() { return *g_fileSystem; }
+
+IQVRFileSystem* CFileUtils::SetFileSystemForTesting(IQVRFileSystem* fileSystem) {
+    IQVRFileSystem* previous = g_fileSystem;
+    g_fileSystem = fileSystem != nullptr ? fileSystem : &g_realFileSystem;
+    return previous;
+}
+
+bool CFileUtils::HasValidPath() const {
+    if (m_path.empty()) return false;
+    for (const std::string& illegal : m_illegalSubstrings) {
+        if (m_path.find(illegal) != std::string::npos) return false;
+    }
+    return true;
+}
+
+std::string CFileUtils::GetDirName() const {
+    const std::string::size_type slash = m_path.rfind('/');
+    if (slash == std::string::npos) return ".";
+    if (slash == 0) return "/";
+    return m_path.substr(0, slash);
+}
+
+bool CFileUtils::IsDirectoryExist(const std::string& dir) const { return FileSystem().IsDirectory(dir); }
+
+bool CFileUtils::HasWritePermissionDir(const std::string& dir) const { return FileSystem().IsWritable(dir); }
+
+bool CFileUtils::IsFileExists() const { return FileSystem().Exists(m_path); }
+
+bool CFileUtils::HasWritePermission() const { return FileSystem().IsWritable(m_path); }
+
+CFileUtils::WritableFileState CFileUtils::CheckWritableFile() const {
+    CLogger* logger = CLogger::GetInstance();
+    if (!HasValidPath()) {
+        logger->log(__FILE__, __LINE__, "File path contains illegal character ");
+        return ILLEGAL_PATH;
+    }
+    const std::string dir = GetDirName();
+    if (!IsDirectoryExist(dir)) {
+        logger->log(__FILE__, __LINE__, "Directory does not exist.");
+        return DIRECTORY_MISSING;
+    }
+    if (!HasWritePermissionDir(dir)) {
+        logger->log(__FILE__, __LINE__, "Directory does not have write permission.");
+        return DIRECTORY_NOT_WRITABLE;
+    }
+    if (IsFileExists()) {
+        if (!HasWritePermission()) {
+            logger->log(__FILE__, __LINE__, "File does not have write permission.");
+            return FILE_NOT_WRITABLE;
+        }
+        return FILE_WRITABLE;
+    }
+    logger->log(__FILE__, __LINE__, "File does not exist file has to be created  ");
+    return FILE_TO_BE_CREATED;
+}

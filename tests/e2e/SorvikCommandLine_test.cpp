@@ -1,0 +1,112 @@
+#include <gtest/gtest.h>
+
+#include "E2EHelpers.h"
+
+namespace {
+
+const char kUsage[] =
+    "\nUsage: sorvik [OPTION]...\n \t\tOptions:\n \t\t\t[ --help | -h]               \t\tFor help\n \t\t\t[ "
+    "--version | -v]            \t\tInventory collector version\n \t\t\t[-outc=<file-name> | "
+    "-o=<file-name>]\tOutput file\n \t\t\t[-outf=<output format>] \t\tXML or JSON output format\n "
+    "\t\t\t[-logc=<file-name> | -l=<file-name>]\tError log xml file\n \t\t\t[-disable=<GUID> | -d=<GUID>]   "
+    "    \tDisable the inventory module\n \t\t\t[-enc=<encoding>]       \t\tUTF-8 or UTF-16, this option is "
+    "only applied to the output xml file specified by - outc\n \t\t\t[-progress | -p]\t\t\t  \tProvides "
+    "progress of running inventroy collector\n \t\t\t[-comptype=<componenttype>]\t\tEnables one to inventory "
+    "the programmable component  like BIOS, APAC, APP, FRMW.\n";
+
+const char kInvalidOptions[] = "Invalid command line options are specified.";
+const char kInvalidArgument[] = "Option argument is Invalid\n";
+
+struct Case {
+    const char* name;
+    std::vector<std::string> args;
+    int status;
+    std::string out;
+    std::string err;
+};
+
+void PrintTo(const Case& c, std::ostream* os) { *os << c.name; }
+
+class SorvikCommandLineTest : public ::testing::TestWithParam<Case> {};
+
+// None of these reaches the lock: each ends at the command line or at help/version.
+TEST_P(SorvikCommandLineTest, ExitStatusAndOutputBytes) {
+    const Case& c = GetParam();
+    e2e::TempDir dir;
+    e2e::RunOptions options;
+    options.args = c.args;
+    options.workingDirectory = dir.Path();
+    const e2e::ProcessResult result = e2e::RunSorvik(options);
+    ASSERT_TRUE(result.exited) << "signal " << result.termSignal;
+    EXPECT_EQ(result.exitStatus, c.status);
+    EXPECT_EQ(result.out, c.out);
+    EXPECT_EQ(result.err, c.err);
+}
+
+const std::string kUsageText = kUsage;
+const char kValidGuid[] = "0123abcd-4567-89ef-ABCD-0123456789ef";
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, SorvikCommandLineTest,
+    ::testing::Values(
+        Case{"Help", {"--help"}, 0, kUsageText, ""}, Case{"ShortHelp", {"-h"}, 0, kUsageText, ""},
+        Case{"Version", {"-v"}, 0, "\nVERSION: 21.09.200 (BLD_1155)\n", ""},
+        Case{"HelpAfterAnotherOption", {"-outc=inv.xml", "--help"}, 5, kUsageText, kInvalidOptions},
+        Case{"HelpThenUnknownWord", {"--help", "-nonsense"}, 0, kUsageText, ""},
+        Case{"HelpThenVersion", {"--help", "-v"}, 0, kUsageText, ""},
+        Case{"UnknownOption", {"-nonsense"}, 5, kUsageText, kInvalidOptions},
+        Case{"SingleDashHelp", {"-help"}, 5, kUsageText, kInvalidOptions},
+        Case{
+            "OutputWithoutValue", {"-outc"}, 23, kUsageText, "One of the Option specified requires Argument"},
+        Case{"VersionWithValue", {"-v=1"}, 5, kUsageText, kInvalidOptions},
+        Case{"SecondOutput", {"-outc=a.xml", "-outc=b.xml"}, 5, kUsageText, kInvalidOptions},
+        Case{"GuidHyphenMoved",
+             {"-disable=0123abc-d4567-89ef-ABCD-0123456789ef"},
+             35,
+             "Hyphen position is not as per GUID spec\n",
+             kInvalidArgument},
+        Case{"GuidNotHex", {"-d=0123abcd-4567-89ef-ABCD-0123456789eg"}, 35, "", kInvalidArgument},
+        Case{"UnknownCategory",
+             {"-category=FW,XX"},
+             5,
+             "XX is Invalid comptype argument\n" + kUsageText,
+             kInvalidOptions},
+        Case{"UnknownComptype", {"-comptype=BIOS,XYZ"}, 35, "", kInvalidArgument},
+        Case{"LowerCaseEncoding", {"-enc=utf-8"}, 22, kUsageText, "Invalid Encoding option specified"},
+        Case{"LowerCaseFormat", {"-outf=xml"}, 35, "", kInvalidArgument},
+        Case{"SerializeMaybe", {"-serialize=maybe"}, 35, "", kInvalidArgument},
+        Case{"LogInMissingDirectory",
+             {"-logc=missing/err.xml"},
+             6,
+             "",
+             "Log file either does not exist or is not writable. Provide a valid writable file for avoiding "
+             "this "
+             "error."},
+        Case{"OutputInMissingDirectory", {"-outc=missing/inv.xml"}, 35, "", kInvalidArgument},
+        Case{"ProgressWithDisable",
+             {"-p", std::string("-disable=") + kValidGuid},
+             5,
+             kUsageText,
+             kInvalidOptions}),
+    [](const ::testing::TestParamInfo<Case>& info) { return std::string(info.param.name); });
+
+TEST(SorvikHelpTest, HelpIsByteIdenticalToUsageAfterAnError) {
+    e2e::TempDir dir;
+    e2e::RunOptions help;
+    help.args = {"--help"};
+    help.workingDirectory = dir.Path();
+    e2e::RunOptions wrong = help;
+    wrong.args = {"-nonsense"};
+    EXPECT_EQ(e2e::RunSorvik(help).out, e2e::RunSorvik(wrong).out);
+}
+
+TEST(SorvikHelpTest, UsageNamesSorvikWhateverTheInvokedName) {
+    e2e::TempDir dir;
+    e2e::RunOptions options;
+    options.args = {"--help"};
+    options.argv0 = "/somewhere/else/renamed-tool";
+    options.workingDirectory = dir.Path();
+    EXPECT_EQ(e2e::RunSorvik(options).out, kUsageText);
+}
+
+}  // namespace
