@@ -79,6 +79,11 @@ public:
     // Fields kept in the rarely used block; getters return empty values while it is absent.
     const std::vector<SOSInfo>& getDependencyOS() const;
     void setDependencyOS(const std::vector<SOSInfo>& v);
+    // Shares one immutable list among many records: every operating-system
+    // record of a document carries all of its entries, so copying the list
+    // into each would grow with the square of the entry count. Copies of the
+    // record share it too; a later setDependencyOS replaces it for this record only.
+    void setDependencyOS(const std::shared_ptr<const std::vector<SOSInfo>>& shared);
     const QVRCSystemInfo& getSystemInfo() const;
     void setSystemInfo(const QVRCSystemInfo& v);
     const std::string& getReleaseID() const;

@@ -11,7 +11,7 @@ struct CDeviceInfo::Extra {
     std::string dependencyContext;
     std::vector<std::string> dependencyPlatforms;
     std::vector<SPCIInfo> parentPCIInfo;
-    std::vector<SOSInfo> dependencyOS;
+    std::shared_ptr<const std::vector<SOSInfo>> dependencyOS;
     std::vector<CDeviceApplicationInfo> applicationInfo;
     int messageID = 0;
     int updateStatus = 0;
@@ -101,9 +101,9 @@ bool CDeviceInfo::operator==(const CDeviceInfo& other) const {
     return m_componentType == other.m_componentType && m_componentID == other.m_componentID &&
            m_dependencyType == other.m_dependencyType && m_version == other.m_version &&
            m_display == other.m_display && getDetail() == other.getDetail() &&
-           EXTRA_GET(filePath) == other.rawFilePath() &&
-           a.componentID == b.componentID && a.deviceID == b.deviceID && a.subDeviceID == b.subDeviceID &&
-           a.vendorID == b.vendorID && a.subVendorID == b.subVendorID;
+           EXTRA_GET(filePath) == other.rawFilePath() && a.componentID == b.componentID &&
+           a.deviceID == b.deviceID && a.subDeviceID == b.subDeviceID && a.vendorID == b.vendorID &&
+           a.subVendorID == b.subVendorID;
 }
 
 void CDeviceInfo::setPCIInfo(unsigned int vendorID, unsigned int deviceID, unsigned int subVendorID,
@@ -119,8 +119,17 @@ void CDeviceInfo::setPCIInfo(unsigned int vendorID, unsigned int deviceID, unsig
     m_pciInfo.subDeviceID = text;
 }
 
-const std::vector<SOSInfo>& CDeviceInfo::getDependencyOS() const { return EXTRA_GET(dependencyOS); }
-void CDeviceInfo::setDependencyOS(const std::vector<SOSInfo>& v) { extra().dependencyOS = v; }
+const std::vector<SOSInfo>& CDeviceInfo::getDependencyOS() const {
+    static const std::vector<SOSInfo> none;
+    const std::shared_ptr<const std::vector<SOSInfo>>& shared = EXTRA_GET(dependencyOS);
+    return shared ? *shared : none;
+}
+void CDeviceInfo::setDependencyOS(const std::vector<SOSInfo>& v) {
+    extra().dependencyOS = std::make_shared<const std::vector<SOSInfo>>(v);
+}
+void CDeviceInfo::setDependencyOS(const std::shared_ptr<const std::vector<SOSInfo>>& shared) {
+    extra().dependencyOS = shared;
+}
 const QVRCSystemInfo& CDeviceInfo::getSystemInfo() const { return EXTRA_GET(systemInfo); }
 void CDeviceInfo::setSystemInfo(const QVRCSystemInfo& v) { extra().systemInfo = v; }
 const std::string& CDeviceInfo::getReleaseID() const { return EXTRA_GET(releaseID); }
@@ -131,14 +140,20 @@ int CDeviceInfo::getParentDeviceType() const { return EXTRA_GET(parentDeviceType
 void CDeviceInfo::setParentDeviceType(int v) { extra().parentDeviceType = v; }
 const std::string& CDeviceInfo::getDependencyContext() const { return EXTRA_GET(dependencyContext); }
 void CDeviceInfo::setDependencyContext(const std::string& v) { extra().dependencyContext = v; }
-const std::vector<std::string>& CDeviceInfo::getDependencyPlatforms() const { return EXTRA_GET(dependencyPlatforms); }
-void CDeviceInfo::setDependencyPlatforms(const std::vector<std::string>& v) { extra().dependencyPlatforms = v; }
+const std::vector<std::string>& CDeviceInfo::getDependencyPlatforms() const {
+    return EXTRA_GET(dependencyPlatforms);
+}
+void CDeviceInfo::setDependencyPlatforms(const std::vector<std::string>& v) {
+    extra().dependencyPlatforms = v;
+}
 const std::vector<SPCIInfo>& CDeviceInfo::getParentPCIInfo() const { return EXTRA_GET(parentPCIInfo); }
 void CDeviceInfo::setParentPCIInfo(const std::vector<SPCIInfo>& v) { extra().parentPCIInfo = v; }
 const std::vector<CDeviceApplicationInfo>& CDeviceInfo::getApplicationInfo() const {
     return EXTRA_GET(applicationInfo);
 }
-void CDeviceInfo::setApplicationInfo(const std::vector<CDeviceApplicationInfo>& v) { extra().applicationInfo = v; }
+void CDeviceInfo::setApplicationInfo(const std::vector<CDeviceApplicationInfo>& v) {
+    extra().applicationInfo = v;
+}
 int CDeviceInfo::getMessageID() const { return EXTRA_GET(messageID); }
 void CDeviceInfo::setMessageID(int v) { extra().messageID = v; }
 int CDeviceInfo::getUpdateStatus() const { return EXTRA_GET(updateStatus); }

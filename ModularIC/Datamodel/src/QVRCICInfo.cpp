@@ -18,6 +18,7 @@ QVRCICInfo::QVRCICInfo(const CDeviceInfo& record)
 std::string QVRCICInfo::BuildFromVersion(const std::string& version) {
     const std::string::size_type underscore = version.rfind('_');
     const std::string::size_type paren = version.rfind(')');
-    if (underscore == std::string::npos || paren == std::string::npos || paren <= underscore) return std::string();
+    if (underscore == std::string::npos || paren == std::string::npos || paren <= underscore)
+        return std::string();
     return version.substr(underscore + 1, paren - underscore - 1);
 }

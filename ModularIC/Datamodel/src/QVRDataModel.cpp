@@ -45,4 +45,6 @@ const SOSInfo* QVRDataModel::GetOperatingSystemInfo() const {
     return m_operatingSystems.empty() ? nullptr : &m_operatingSystems.front();
 }
 
-const QVRCSystemInfo* QVRDataModel::GetSystemInfo() const { return m_hasSystemInfo ? &m_systemInfo : nullptr; }
+const QVRCSystemInfo* QVRDataModel::GetSystemInfo() const {
+    return m_hasSystemInfo ? &m_systemInfo : nullptr;
+}

@@ -4,10 +4,14 @@
 // Reads the progress counters a running collection publishes.
 class CSharedMemReader {
 public:
-    // Creates the segment if needed, attaches it and returns the two counters
-    // (total, completed).
+    // Creates the segment if needed (identifier kept in InvSMID), attaches it
+    // (address kept in eVKReader) and returns the two counters (total,
+    // completed). Never null: when the segment cannot be obtained or attached,
+    // eVKReader stays null and the result points at a pair of zeros, which reads
+    // as "no collection running".
     int* ReadData();
-    // Detaches and removes the segment.
+    // Detaches eVKReader when attached and removes the segment InvSMID names,
+    // when there is one. Both globals are reset.
     void CleanUP();
 };
 

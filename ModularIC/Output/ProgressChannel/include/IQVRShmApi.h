@@ -1,0 +1,31 @@
+#ifndef IQVRSHMAPI_H
+#define IQVRSHMAPI_H
+
+#include <sys/types.h>
+
+#include <cstddef>
+
+// The System V shared-memory calls the progress channel makes, behind one seam
+// so tests can fake them. The real implementation passes each call straight to
+// the C library and is in use unless a test replaces it.
+class IQVRShmApi {
+public:
+    virtual ~IQVRShmApi() = default;
+    // shmget: the segment identifier, or -1 with errno set.
+    virtual int Get(key_t key, std::size_t size, int flags) = 0;
+    // shmat(id, system-chosen address, read-write): the address, or (void*)-1.
+    virtual void* Attach(int id) = 0;
+    // shmdt: 0, or -1.
+    virtual int Detach(const void* address) = 0;
+    // shmctl(id, IPC_RMID): 0, or -1.
+    virtual int Remove(int id) = 0;
+};
+
+// The seam in use (never null).
+IQVRShmApi* QVRGetShmApi();
+// Replaces the seam for the whole process and returns the one it replaced; null
+// restores the real calls. Not synchronised with calls in flight: tests swap it
+// while no channel call runs.
+IQVRShmApi* QVRSetShmApi(IQVRShmApi* api);
+
+#endif

@@ -1,0 +1,56 @@
+// Uses the machine's real System V segment under the collector's key; the test
+// executable is labelled SERIAL so nothing else touches the key meanwhile.
+#include <gtest/gtest.h>
+#include <sys/ipc.h>
+#include <sys/shm.h>
+
+#include <cerrno>
+
+#include "CSharedMemReader.h"
+#include "CSharedMemWriter.h"
+#include "QVRSharedMemGlobals.h"
+
+namespace {
+
+// Removes a segment left under the key by an earlier run, whatever its size.
+void RemoveStaleSegment() {
+    const int id = shmget(QVR_PROGRESS_SHM_KEY, 0, 0);
+    if (id != -1) shmctl(id, IPC_RMID, nullptr);
+}
+
+TEST(SharedMemRealTest, WriterAndReaderShareTheSegmentAndCleanUpRemovesIt) {
+    RemoveStaleSegment();
+    CSharedMemWriter writer;
+    ASSERT_TRUE(writer.WriteToSharedMem(14, 9));
+
+    struct shmid_ds info;
+    const int id = shmget(QVR_PROGRESS_SHM_KEY, 0, 0);
+    ASSERT_NE(id, -1);
+    ASSERT_EQ(shmctl(id, IPC_STAT, &info), 0);
+    EXPECT_EQ(info.shm_segsz, 8u);
+    EXPECT_EQ(info.shm_perm.mode & 0777, 0666u);
+
+    CSharedMemReader reader;
+    int* counters = reader.ReadData();
+    ASSERT_NE(counters, nullptr);
+    EXPECT_EQ(counters[0], 14);
+    EXPECT_EQ(counters[1], 9);
+    EXPECT_EQ(InvSMID, id);
+
+    ASSERT_TRUE(writer.WriteToSharedMem(14, 14));
+    EXPECT_EQ(counters[1], 14);
+
+    reader.CleanUP();
+    errno = 0;
+    EXPECT_EQ(shmget(QVR_PROGRESS_SHM_KEY, 0, 0), -1);
+    EXPECT_EQ(errno, ENOENT);
+
+    // The next query finds no collector: a fresh segment reading 0 and 0.
+    counters = reader.ReadData();
+    EXPECT_EQ(counters[0], 0);
+    EXPECT_EQ(counters[1], 0);
+    reader.CleanUP();
+    EXPECT_EQ(shmget(QVR_PROGRESS_SHM_KEY, 0, 0), -1);
+}
+
+}  // namespace
