@@ -1,0 +1,144 @@
+#include "CQVRExecCommand.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+
+#include "CLogger.h"
+#include "CPlatformLayer.h"
+#include "CQVRPosixChildSpawner.h"
+
+QVRCMutex CQVRExecCommand::mutSharedLockInterprocesses;
+
+namespace {
+const std::size_t kReadChunk = 64 * 1024;
+}  // namespace
+
+CQVRExecCommand::CQVRExecCommand(const std::string& directory, const std::string& command,
+                                 bool serializeStart, unsigned int timeoutSeconds, bool captureOutput,
+                                 IQVRChildSpawner* spawner)
+    : m_directory(directory),
+      m_command(command),
+      m_serializeStart(serializeStart),
+      m_timeoutSeconds(timeoutSeconds),
+      m_captureOutput(captureOutput),
+      m_exitStatus(-1),
+      m_state(kStateCreated),
+      m_pSpawner(spawner != nullptr ? spawner : &CQVRPosixChildSpawner::Instance()) {}
+
+CQVRExecCommand::~CQVRExecCommand() {
+    if (m_pipe.fd >= 0) ReadConsoleBuffer();
+}
+
+std::string CQVRExecCommand::BuildShellCommand(const std::string& command) {
+    return "./" + command + " 2>/dev/null ";
+}
+
+std::string CQVRExecCommand::BuildKillCommand(long ownPid, const std::string& command) {
+    return "kill -9 `ps --ppid " + std::to_string(ownPid) + " | grep " + command + " | awk '{print $1}'`";
+}
+
+bool CQVRExecCommand::Execute() {
+    if (m_state != kStateCreated) return false;
+    const std::string shellCommand = BuildShellCommand(m_command);
+    std::string error;
+    bool started = false;
+    if (m_serializeStart) mutSharedLockInterprocesses.Lock();
+    if (!m_directory.empty() && !CPlatformLayer::setCurrentDirectory(m_directory)) {
+        // Starting anyway would run whatever "./command" names in the wrong directory.
+        error = "cannot enter directory " + m_directory;
+    } else {
+        started = m_pSpawner->Start(shellCommand, m_pipe, error);
+    }
+    if (m_serializeStart) mutSharedLockInterprocesses.Unlock();
+
+    m_state = started ? kStateRunning : kStateFailed;
+    if (!started) {
+        CLogger::GetInstance()->log(
+            __FILE__, __LINE__,
+            "CQVRExecCommand::Execute : \t\t\t\tUnable to start " + m_command + ": " + error);
+    }
+    return started;
+}
+
+bool CQVRExecCommand::ReadConsoleBuffer() {
+    if (m_pipe.fd < 0) return false;
+    m_pSpawner->SetNonBlocking(m_pipe.fd);
+    const long long deadline =
+        m_pSpawner->NowMilliseconds() + static_cast<long long>(m_timeoutSeconds) * 1000LL;
+
+    char buffer[kReadChunk];
+    bool endOfOutput = false;
+    while (!endOfOutput) {
+        const long long left = deadline - m_pSpawner->NowMilliseconds();
+        const int waitMs = left <= 0 ? 0 : (left > INT_MAX ? INT_MAX : static_cast<int>(left));
+        const int ready = m_pSpawner->WaitReadable(m_pipe.fd, waitMs);
+        if (ready == 0) break;
+        if (ready != 1) {
+            if (left <= 0) break;  // a wait that keeps failing must not outlive the budget
+            continue;
+        }
+        for (;;) {
+            const long got = m_pSpawner->Read(m_pipe.fd, buffer, sizeof(buffer));
+            if (got > 0) {
+                if (m_captureOutput) m_consoleBuffer.append(buffer, static_cast<std::size_t>(got));
+                continue;
+            }
+            if (got < 0 && errno == EINTR) continue;
+            if (got < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) break;
+            endOfOutput = true;  // end of file, or a pipe that can no longer be read
+            break;
+        }
+    }
+
+    int status = -1;
+    if (endOfOutput) {
+        m_state = kStateCompleted;
+        m_pSpawner->CloseReadEnd(m_pipe.fd);
+        status = ReapAfterEndOfOutput(deadline);
+    } else {
+        KillChild();
+        m_state = kStateFailed;
+        m_consoleBuffer.clear();
+        m_pSpawner->CloseReadEnd(m_pipe.fd);
+        status = m_pSpawner->Reap(m_pipe.pid);
+    }
+    m_exitStatus = status;
+    m_pipe = QVRChildHandle();
+    return true;
+}
+
+void CQVRExecCommand::KillChild() {
+    CPlatformLayer::RunShellCommand(BuildKillCommand(static_cast<long>(getpid()), m_command));
+    // The line above matches only what ps names, and the direct child is the
+    // shell; the group holds the module and everything it started.
+    m_pSpawner->KillProcessGroup(m_pipe.pid);
+    CLogger::GetInstance()->log(
+        __FILE__, __LINE__, "CQVRExecCommand::ReadConsoleBuffer : \t\t\t\tKilled on time-out: " + m_command);
+}
+
+int CQVRExecCommand::ReapAfterEndOfOutput(long long deadline) {
+    // A module may close its output and go on running: it still gets only the
+    // time left of its budget.
+    const long long left = deadline - m_pSpawner->NowMilliseconds();
+    const int waitMs = left <= 0 ? 0 : (left > INT_MAX ? INT_MAX : static_cast<int>(left));
+    int status = -1;
+    if (m_pSpawner->WaitExit(m_pipe.pid, waitMs, status)) return status;
+    m_pSpawner->KillProcessGroup(m_pipe.pid);
+    return m_pSpawner->Reap(m_pipe.pid);
+}
+
+bool CQVRExecCommand::IsProcessCompleted() const {
+    return (m_state == kStateFailed || m_state == kStateCompleted) && m_pipe.fd < 0;
+}
+
+bool CQVRExecCommand::EndProcess() {
+    if (IsProcessCompleted()) return true;
+    return ReadConsoleBuffer();
+}
+
+std::string& CQVRExecCommand::GetConsoleBuffer() {
+    EndProcess();
+    return m_consoleBuffer;
+}

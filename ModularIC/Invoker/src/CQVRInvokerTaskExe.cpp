@@ -1,0 +1,35 @@
+#include "CQVRInvokerTaskExe.h"
+
+#include <new>
+
+#include "CQVRBadAllocException.h"
+#include "CQVRICException.h"
+#include "QVRDataModelManager.h"
+
+namespace {
+const char kSourcePath[] = "qvr_ModularIC/Invoker/src/CQVRInvokerTaskExecutable";
+}
+
+CQVRInvokerTaskExe::CQVRInvokerTaskExe(QVRDataModelManager* dataModelManager, CQVRModuleDetail* module,
+                                       unsigned int timeoutSeconds)
+    : m_pDataModelManager(dataModelManager), m_pModule(module), m_timeoutSeconds(timeoutSeconds) {}
+
+void CQVRInvokerTaskExe::Process() {
+    if (m_pModule == nullptr) return;
+    try {
+        QVRCProcess process(m_pModule->workingDir, m_pModule->commandLine, m_timeoutSeconds, true, true);
+        process.Execute();
+        // Also after a failed start or a time-out: the empty output becomes the
+        // module's failure entry.
+        std::string identity = m_pModule->configuredDir;
+        std::string output = process.GetOutput();
+        if (m_pDataModelManager != nullptr) m_pDataModelManager->WriteData(identity, output);
+    } catch (CQVRICException& e) {
+        e.AddStackTrace(kSourcePath, __LINE__, "Process");
+        throw;
+    } catch (CQVRBadAllocException&) {
+        throw;  // already carries its place
+    } catch (std::bad_alloc& e) {
+        throw CQVRBadAllocException::FromBadAlloc(e, kSourcePath, __LINE__, "Process");
+    }
+}

@@ -1,0 +1,7 @@
+#include "CQVRInvokerTaskLibrary.h"
+
+CQVRInvokerTaskLibrary::CQVRInvokerTaskLibrary(QVRDataModelManager* dataModelManager,
+                                               CQVRModuleDetail* module)
+    : m_pDataModelManager(dataModelManager), m_pModule(module) {}
+
+void CQVRInvokerTaskLibrary::Process() {}
