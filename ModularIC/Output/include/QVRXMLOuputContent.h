@@ -1,0 +1,36 @@
+#ifndef QVRXMLOUPUTCONTENT_H
+#define QVRXMLOUPUTCONTENT_H
+
+#include <libxml/tree.h>
+
+#include "IQVROuputContent.h"
+
+class CDeviceInfo;
+class QVRXMLOutputStream;
+
+// Fills the inventory document below its root and the error document.
+class QVRXMLOuputContent : public IQVROuputContent {
+public:
+    QVRXMLOuputContent(QVRDataModel* dataModel, QVRXMLOutputStream* stream);
+
+    // Operating system, system, devices, then the error document. False only when
+    // the banner has not built the documents (or stream/data model are missing).
+    bool Write() override;
+
+    // "OperatingSystem"; false when the data model has no operating-system record.
+    bool WriteOperatingSystemInfo();
+    // "System"; false when the data model has no system information.
+    bool WriteSystemInfo();
+    bool WritePCIDeviceInfo(const CDeviceInfo& device);
+    bool WriteNonPCIDeviceInfo(const CDeviceInfo& device);
+    // One "SPStatus" per error record; sets the stream's error-document flag
+    // when there was at least one.
+    bool WriteErrorDeviceInfo();
+
+private:
+    bool WriteApplicationInfo(xmlNodePtr deviceNode, const CDeviceInfo& device);
+
+    QVRXMLOutputStream* m_pOutputStream;  // not owned
+};
+
+#endif

@@ -1,0 +1,97 @@
+#include "QVRXMLWriter.h"
+
+#include <libxml/xmlsave.h>
+
+namespace {
+const xmlChar* X(const char* text) { return reinterpret_cast<const xmlChar*>(text); }
+}  // namespace
+
+QVRXMLWriter::QVRXMLWriter() : m_doc(nullptr), m_root(nullptr) {}
+
+QVRXMLWriter::~QVRXMLWriter() {
+    if (m_doc != nullptr) xmlFreeDoc(m_doc);
+}
+
+bool QVRXMLWriter::AddHeader(const char* version) {
+    if (version == nullptr) return false;
+    if (m_doc != nullptr) xmlFreeDoc(m_doc);
+    m_root = nullptr;
+    m_doc = xmlNewDoc(X(version));
+    return m_doc != nullptr;
+}
+
+bool QVRXMLWriter::AddHeader(const std::string& version) { return AddHeader(version.c_str()); }
+
+xmlNodePtr QVRXMLWriter::AddRootNode(const char* name) {
+    if (m_doc == nullptr || name == nullptr) return nullptr;
+    xmlNodePtr node = xmlNewDocNode(m_doc, nullptr, X(name), nullptr);
+    if (node == nullptr) return nullptr;
+    // The root replaced (if any) is unlinked by libxml2 and must be freed here.
+    xmlNodePtr old = xmlDocSetRootElement(m_doc, node);
+    if (old != nullptr) xmlFreeNode(old);
+    m_root = node;
+    return node;
+}
+
+xmlNodePtr QVRXMLWriter::AddRootNode(const std::string& name) { return AddRootNode(name.c_str()); }
+
+xmlAttrPtr QVRXMLWriter::AddNodePropertyWithValue(xmlNodePtr node, const char* name, const char* value) {
+    if (node == nullptr || name == nullptr) return nullptr;
+    return xmlNewProp(node, X(name), value != nullptr ? X(value) : nullptr);
+}
+
+xmlAttrPtr QVRXMLWriter::AddNodePropertyWithValue(xmlNodePtr node, const char* name, const std::string& value) {
+    return AddNodePropertyWithValue(node, name, value.c_str());
+}
+
+xmlNodePtr QVRXMLWriter::AddNewChildNode(xmlNodePtr parent, const char* name) {
+    if (parent == nullptr || name == nullptr) return nullptr;
+    xmlNodePtr node = xmlNewNode(nullptr, X(name));
+    if (node == nullptr) return nullptr;
+    return AddChildNode(parent, node);
+}
+
+xmlNodePtr QVRXMLWriter::AddNewChildNode(xmlNodePtr parent, const std::string& name) {
+    return AddNewChildNode(parent, name.c_str());
+}
+
+xmlNodePtr QVRXMLWriter::AddNewChildNodeText(xmlNodePtr parent, const char* name, const char* text) {
+    if (parent == nullptr || name == nullptr) return nullptr;
+    return xmlNewTextChild(parent, nullptr, X(name), text != nullptr ? X(text) : nullptr);
+}
+
+xmlNodePtr QVRXMLWriter::AddNewChildNodeText(xmlNodePtr parent, const std::string& name, const std::string& text) {
+    return AddNewChildNodeText(parent, name.c_str(), text.c_str());
+}
+
+xmlNodePtr QVRXMLWriter::AddChildNode(xmlNodePtr parent, xmlNodePtr child) {
+    if (child == nullptr) return nullptr;
+    if (parent == nullptr) {
+        xmlFreeNode(child);
+        return nullptr;
+    }
+    xmlNodePtr added = xmlAddChild(parent, child);
+    // xmlAddChild frees a text child it merges and returns the merged node; it
+    // only declines (null) without taking the node.
+    if (added == nullptr) xmlFreeNode(child);
+    return added;
+}
+
+bool QVRXMLWriter::Write(const std::string& path, const std::string& encoding) const {
+    if (m_doc == nullptr) return false;
+    const std::string target = path.empty() ? std::string("-") : path;
+    const std::string enc = encoding.empty() ? std::string("UTF-8") : encoding;
+    return xmlSaveFormatFileEnc(target.c_str(), m_doc, enc.c_str(), 1) >= 0;
+}
+
+std::string QVRXMLWriter::RawXMLDumpNode(xmlNodePtr node) const {
+    if (m_doc == nullptr || node == nullptr) return std::string();
+    xmlBufferPtr buffer = xmlBufferCreate();
+    if (buffer == nullptr) return std::string();
+    std::string text;
+    const int length = xmlNodeDump(buffer, m_doc, node, 0, 1);
+    if (length > 0 && xmlBufferContent(buffer) != nullptr)
+        text.assign(reinterpret_cast<const char*>(xmlBufferContent(buffer)), xmlBufferLength(buffer));
+    xmlBufferFree(buffer);
+    return text;
+}

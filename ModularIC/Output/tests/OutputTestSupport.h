@@ -1,0 +1,70 @@
+#ifndef OUTPUTTESTSUPPORT_H
+#define OUTPUTTESTSUPPORT_H
+
+#include <ctime>
+#include <string>
+
+#include "CDeviceInfo.h"
+#include "QVRArgumentList.h"
+#include "QVRDataModel.h"
+
+namespace outtest {
+
+// 2016-03-01 10:22:05 in UTC.
+const std::time_t kFixedTime = 1456827725;
+const char* const kFixedStamp = "2016-03-01 10:22:05";
+
+// Installs the fixed clock and the UTC time zone for the life of the object.
+class FixedClock {
+public:
+    FixedClock();
+    ~FixedClock();
+
+private:
+    std::string m_oldTZ;
+    bool m_hadTZ;
+};
+
+// A fresh directory removed (with its files) on destruction.
+class TempDir {
+public:
+    TempDir();
+    ~TempDir();
+    std::string Path(const std::string& name) const { return m_path + "/" + name; }
+
+private:
+    std::string m_path;
+};
+
+// Redirects file descriptor 1 into a temporary file between construction and
+// Finish(), flushing stdio and iostreams on both edges.
+class StdoutCapture {
+public:
+    StdoutCapture();
+    ~StdoutCapture();
+    std::string Finish();
+
+private:
+    int m_savedFd;
+    std::string m_path;
+    bool m_done;
+};
+
+std::string ReadFile(const std::string& path);
+bool FileExists(const std::string& path);
+void WriteFile(const std::string& path, const std::string& content);
+// The bytes a UTF-16LE encoder with a byte-order mark makes of ASCII text.
+std::string Utf16LeWithBom(const std::string& ascii);
+
+// Records as the data model files them.
+CDeviceInfo* MakePCIDevice(const std::string& display, const std::string& componentID, const std::string& enumId,
+                           unsigned char bus, unsigned char device, unsigned char function);
+CDeviceInfo* MakeNonPCIDevice(const std::string& name, const std::string& componentID, const std::string& enumId,
+                              const std::string& fqdd);
+CDeviceInfo* MakeError(const std::string& display, const std::string& message);
+void AddOperatingSystem(QVRDataModel& model, bool full);
+void AddSystem(QVRDataModel& model, const std::string& systemID);
+
+}  // namespace outtest
+
+#endif
