@@ -3,7 +3,8 @@
 # Safe to run again: it does nothing when everything is already installed.
 set -eu
 packages="cmake ninja-build g++ clang pkg-config libxml2-dev libxml2-utils libcjson-dev
-libgtest-dev libgmock-dev libbenchmark-dev pciutils pci.ids"
+libgtest-dev libgmock-dev libbenchmark-dev pciutils pci.ids
+python3 python3-jsonschema groff-base ansible-core"
 missing=""
 for p in $packages; do
     dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing="$missing $p"
