@@ -5,7 +5,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 "$PWD/scripts/setup.sh"
-cmake -S . -B build -G Ninja -DSORVIK_BUILD_TESTS=OFF >/dev/null
+cmake -S . -B build -G Ninja >/dev/null
 cmake --build build --target sorvik sorvik_modules
 cmake --install build --prefix "$PWD/build/stage" >/dev/null
 cd build/stage/libexec/sorvik
