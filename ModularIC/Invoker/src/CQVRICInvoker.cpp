@@ -7,6 +7,7 @@
 #include "CQVRInvokeOnlyProcess.h"
 #include "CQVRInvokeProcessWithOutput.h"
 #include "QVRDataModelManager.h"
+#include "QVRInvokerFrames.h"
 
 namespace {
 const char kSourcePath[] = "qvr_ModularIC/Invoker/src/CQVRICInvoker";
@@ -96,14 +97,8 @@ void CQVRICInvoker::InitModuleInvoker() {
         InitTask(QVR_IC_INVOKER_PARALLEL, modules.GetModuleList(), parallelThreads, false);
         InitTask(QVR_IC_INVOKER_SERIAL, modules.GetSerialRunModuleList(), serialThreads, false);
         InitTask(QVR_IC_INVOKER_POST_INSTALL, modules.GetPostInstallList(), 0, false);
-    } catch (CQVRICException& e) {
-        e.AddStackTrace(kSourcePath, __LINE__, "InitModuleInvoker");
-        throw;
-    } catch (CQVRBadAllocException&) {
-        throw;  // already carries its place
-    } catch (std::bad_alloc& e) {
-        throw CQVRBadAllocException::FromBadAlloc(e, kSourcePath, __LINE__, "InitModuleInvoker");
     }
+    QVR_INVOKER_CATCH(kSourcePath, "InitModuleInvoker")
 }
 
 IQVRModuleInvoker* CQVRICInvoker::NewOnlyProcessInvoker(const std::vector<CQVRModuleDetail*>& modules) {
@@ -143,14 +138,8 @@ void CQVRICInvoker::InitTask(QVR_IC_INVOKER_TASKS task, const std::vector<CQVRMo
         IQVRModuleInvoker*& slot = (*m_pInvokers)[task];
         delete slot;
         slot = invoker;
-    } catch (CQVRICException& e) {
-        e.AddStackTrace(kSourcePath, __LINE__, "InitTask");
-        throw;
-    } catch (CQVRBadAllocException&) {
-        throw;  // already carries its place
-    } catch (std::bad_alloc& e) {
-        throw CQVRBadAllocException::FromBadAlloc(e, kSourcePath, __LINE__, "InitTask");
     }
+    QVR_INVOKER_CATCH(kSourcePath, "InitTask")
 }
 
 void CQVRICInvoker::WriteInitProgress() {
@@ -158,14 +147,8 @@ void CQVRICInvoker::WriteInitProgress() {
         if (m_pDataModelManager != nullptr) {
             m_pDataModelManager->SetTotalInvComponents(static_cast<int>(m_totalInvComponents));
         }
-    } catch (CQVRICException& e) {
-        e.AddStackTrace(kSourcePath, __LINE__, "WriteInitProgress");
-        throw;
-    } catch (CQVRBadAllocException&) {
-        throw;  // already carries its place
-    } catch (std::bad_alloc& e) {
-        throw CQVRBadAllocException::FromBadAlloc(e, kSourcePath, __LINE__, "WriteInitProgress");
     }
+    QVR_INVOKER_CATCH(kSourcePath, "WriteInitProgress")
 }
 
 unsigned int CQVRICInvoker::ProcessInventory() {
@@ -185,13 +168,7 @@ unsigned int CQVRICInvoker::ProcessInventory() {
         }
         if (invokers[QVR_IC_INVOKER_POST_INSTALL] != nullptr)
             invokers[QVR_IC_INVOKER_POST_INSTALL]->Process();
-    } catch (CQVRICException& e) {
-        e.AddStackTrace(kSourcePath, __LINE__, "ProcessInventory");
-        throw;
-    } catch (CQVRBadAllocException&) {
-        throw;  // already carries its place
-    } catch (std::bad_alloc& e) {
-        throw CQVRBadAllocException::FromBadAlloc(e, kSourcePath, __LINE__, "ProcessInventory");
     }
+    QVR_INVOKER_CATCH(kSourcePath, "ProcessInventory")
     return 0;
 }

@@ -4,6 +4,7 @@
 
 #include "CQVRBadAllocException.h"
 #include "CQVRICException.h"
+#include "QVRInvokerFrames.h"
 
 namespace {
 const char kSourcePath[] = "qvr_ModularIC/Invoker/src/CQVRInvokeOnlyProcess";
@@ -21,14 +22,8 @@ bool CQVRInvokeOnlyProcess::Process() {
             QVRCProcess process(module->workingDir, module->commandLine, m_timeoutSeconds, false, false);
             process.Execute();
         }
-    } catch (CQVRICException& e) {
-        e.AddStackTrace(kSourcePath, __LINE__, "Process");
-        throw;
-    } catch (CQVRBadAllocException&) {
-        throw;  // already carries its place
-    } catch (std::bad_alloc& e) {
-        throw CQVRBadAllocException::FromBadAlloc(e, kSourcePath, __LINE__, "Process");
     }
+    QVR_INVOKER_CATCH(kSourcePath, "Process")
     return true;
 }
 

@@ -6,6 +6,7 @@
 #include "CQVRICException.h"
 #include "CQVRInvokerTaskExe.h"
 #include "CQVRInvokerTaskLibrary.h"
+#include "QVRInvokerFrames.h"
 
 namespace {
 const char kSourcePath[] = "qvr_ModularIC/Invoker/src/CQVRInvokeProcessWithOutput";
@@ -46,14 +47,8 @@ bool CQVRInvokeProcessWithOutput::Process() {
             if (task != nullptr) m_tasks.push_back(task);
             m_pThreadPool->AddToThreadPool(task);
         }
-    } catch (CQVRICException& e) {
-        e.AddStackTrace(kSourcePath, __LINE__, "Process");
-        throw;
-    } catch (CQVRBadAllocException&) {
-        throw;  // already carries its place
-    } catch (std::bad_alloc& e) {
-        throw CQVRBadAllocException::FromBadAlloc(e, kSourcePath, __LINE__, "Process");
     }
+    QVR_INVOKER_CATCH(kSourcePath, "Process")
     return true;
 }
 
@@ -62,14 +57,8 @@ bool CQVRInvokeProcessWithOutput::EndProcess() {
     bool joined = false;
     try {
         joined = m_pThreadPool->JoinToThreadPool();
-    } catch (CQVRICException& e) {
-        e.AddStackTrace(kSourcePath, __LINE__, "EndProcess");
-        throw;
-    } catch (CQVRBadAllocException&) {
-        throw;  // already carries its place
-    } catch (std::bad_alloc& e) {
-        throw CQVRBadAllocException::FromBadAlloc(e, kSourcePath, __LINE__, "EndProcess");
     }
+    QVR_INVOKER_CATCH(kSourcePath, "EndProcess")
     // Only once no worker is left may the tasks go.
     if (m_pThreadPool->IsDeinitialized() || m_pThreadPool->GetThreadCount() == 0) FreeTasks();
     return joined;

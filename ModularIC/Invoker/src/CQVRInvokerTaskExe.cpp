@@ -5,6 +5,7 @@
 #include "CQVRBadAllocException.h"
 #include "CQVRICException.h"
 #include "QVRDataModelManager.h"
+#include "QVRInvokerFrames.h"
 
 namespace {
 const char kSourcePath[] = "qvr_ModularIC/Invoker/src/CQVRInvokerTaskExecutable";
@@ -24,12 +25,6 @@ void CQVRInvokerTaskExe::Process() {
         std::string identity = m_pModule->configuredDir;
         std::string output = process.GetOutput();
         if (m_pDataModelManager != nullptr) m_pDataModelManager->WriteData(identity, output);
-    } catch (CQVRICException& e) {
-        e.AddStackTrace(kSourcePath, __LINE__, "Process");
-        throw;
-    } catch (CQVRBadAllocException&) {
-        throw;  // already carries its place
-    } catch (std::bad_alloc& e) {
-        throw CQVRBadAllocException::FromBadAlloc(e, kSourcePath, __LINE__, "Process");
     }
+    QVR_INVOKER_CATCH(kSourcePath, "Process")
 }
