@@ -3,142 +3,75 @@
 #include <gtest/gtest.h>
 
 #include "QVROptionKeys.h"
-#include "QVRResultCodes.h"
 #include "StreamCapture.h"
 #include "TestArgv.h"
 
 namespace {
 
-const char kGuidA[] = "0123abcd-4567-89ef-ABCD-0123456789ef";
-const char kGuidB[] = "ffffffff-0000-1111-2222-333333333333";
-
-struct Outcome {
-    int code;
-    QVRArgumentList list;
-    bool invalidOption;
-};
-
-Outcome Process(std::vector<std::string> words) {
-    words.insert(words.begin(), "sorvik");
-    TestArgv args(words);
-    Outcome outcome;
-    QVROptionArgumentValidation validation;
-    StreamCapture quiet(stdout);  // validators may print
-    outcome.code = validation.ProcessArgument(args.argc(), args.argv(), &outcome.list);
-    quiet.Finish();
-    outcome.invalidOption = validation.IsInvalidOption();
-    return outcome;
-}
+const std::string kGuidA = "0123abcd-4567-89ef-ABCD-0123456789ef",
+                  kGuidB = "ffffffff-0000-1111-2222-333333333333";
 
 struct Row {
     std::vector<std::string> words;
     int code;
+    bool invalidOption;               // the mark behind the controller's "Invalid Command option found."
+    QVRArgumentList::OptionMap list;  // what is stored; nothing on failure
 };
 
-TEST(QVROptionArgumentValidationTest, ResultCodeOfEachCommandLine) {
+TEST(QVROptionArgumentValidationTest, CommandLineToCodeAndArgumentList) {
+    const std::string help = QVR_OPT_HELP, version = QVR_OPT_VERSION, progress = QVR_OPT_PROGRESS;
+    // clang-format off
     const std::vector<Row> rows = {
-        {{"-outc"}, 23},
-        {{"-serialize"}, 23},
-        {{"-outc=inv.xml", "--help"}, 5},
-        {{"-v=1"}, 5},
-        {{"-bogus"}, 5},
-        {{"-p", "-d=" + std::string(kGuidA)}, 5},
-        {{"-p", "-category=FW"}, 5},
-        {{"-p", "-comptype=BIOS"}, 5},
-        {{"-p", "-outf=XML"}, 5},
-        {{"-p", "-logc=err.xml"}, 5},
-        {{"-p", "-outc=inv.xml", "-enc=UTF-16"}, 0},
-        {{"-p", "-serialize=yes"}, 0},
-        {{"-p", "-serialize=maybe"}, 35},
-        {{"-enc=utf-8"}, 22},
-        {{"-outf=xml"}, 35},
-        {{"-outf=MULTISYSTEMXML"}, 35},
-        {{"-comptype=BIOS,XYZ"}, 35},
-        {{"-category=FW,XX"}, 5},
-        {{"-d=" + std::string(kGuidA), "-d=nonsense"}, 35},
-        {{"-logc=/nonexistent-dir/err.xml"}, 6},
-        {{"-outc=/nonexistent-dir/inv.xml"}, 35},
-        {{"-outc=inv|.xml"}, 35},
-        {{"-logc=err|.xml"}, 6},
-        // Values are checked in key order: "encode" before "outputformat".
-        {{"-outf=xml", "-enc=x"}, 22},
-        {{"-comptype=BIOS,FRMW", "-category=FW,DD", "-serialize=no"}, 0},
-    };
+        {{"-outc"}, 23, false, {}}, {{"-serialize"}, 23, false, {}}, {{"-outc="}, 23, true, {}},
+        {{"-outc=inv.xml", "--help"}, 5, true, {}}, {{"-v=1"}, 5, true, {}}, {{"-bogus"}, 5, true, {}},
+        // Progress tolerates only output and encoding before it; keys sorting after it pass unchecked.
+        {{"-p", "-d=" + kGuidA}, 5, true, {}}, {{"-p", "-category=FW"}, 5, true, {}},
+        {{"-p", "-comptype=BIOS"}, 5, true, {}}, {{"-p", "-outf=XML"}, 5, true, {}},
+        {{"-p", "-logc=err.xml"}, 5, true, {}}, {{"-p"}, 0, false, {{progress, {}}}},
+        {{"-p", "-outc=inv.xml", "-enc=UTF-16"}, 0, false,
+         {{progress, {}}, {QVR_OPT_OUT, {"inv.xml"}}, {QVR_OPT_ENCODE, {"UTF-16"}}}},
+        {{"-p", "-serialize=yes"}, 0, false, {{progress, {}}, {QVR_OPT_SERIALIZE, {"yes"}}}},
+        {{"-p", "-serialize=maybe"}, 35, false, {}},
+        // Value validators run in key order ("encode" before "outputformat") and answer their own code.
+        {{"-outf=xml", "-enc=x"}, 22, false, {}}, {{"-outf=xml"}, 35, false, {}},
+        {{"-category=FW,XX"}, 5, false, {}}, {{"-d=" + kGuidA, "-d=nonsense"}, 35, false, {}},
+        {{"-logc=/no-dir/err.xml"}, 6, false, {}}, {{"-outc=/no-dir/inv.xml"}, 35, false, {}},
+        {{"-d=" + kGuidB, "-disable=" + kGuidA, "-comptype=BIOS,FRMW", "-comptype=BIOS"}, 0, false,
+         {{QVR_OPT_DISABLE, {kGuidA, kGuidB}}, {QVR_OPT_COMPTYPE, {"BIOS", "FRMW"}}}},
+        {{"-category=FW,DD", "-serialize=no"}, 0, false,
+         {{QVR_OPT_CATEGORY, {"DD", "FW"}}, {QVR_OPT_SERIALIZE, {"no"}}}},
+        // A single option is stored alone and named as the single option.
+        {{"--help", "-p", "-bogus"}, 0, false, {{help, {}}}}, {{"-h"}, 0, false, {{help, {}}}},
+        {{"--version", "--help"}, 0, false, {{version, {}}}}, {{"-v"}, 0, false, {{version, {}}}}};
+    // clang-format on
     for (const Row& row : rows) {
-        EXPECT_EQ(Process(row.words).code, row.code) << ::testing::PrintToString(row.words);
+        std::vector<std::string> words = row.words;
+        words.insert(words.begin(), "sorvik");
+        TestArgv args(words);
+        QVRArgumentList list;
+        QVROptionArgumentValidation validation;
+        StreamCapture quiet(stdout);  // validators may print
+        const int code = validation.ProcessArgument(args.argc(), args.argv(), &list);
+        const std::string name = ::testing::PrintToString(row.words);
+        EXPECT_EQ(code, row.code) << name;
+        EXPECT_EQ(validation.IsInvalidOption(), row.invalidOption) << name;
+        EXPECT_EQ(list.GetListOfOption(), row.list) << name;
+        const bool single = row.list.size() == 1 && (row.list.count(help) || row.list.count(version));
+        EXPECT_EQ(list.GetSingleOption(), single ? row.list.begin()->first : "") << name;
+        EXPECT_EQ(list.GetProgramName(), "sorvik") << name;
     }
 }
 
-TEST(QVROptionArgumentValidationTest, NoOptionsIsADefaultRunThatStoresNothing) {
-    TestArgv args({"sorvik"});
+TEST(QVROptionArgumentValidationTest, NoOptionsIsADefaultRunAndNoListIsACompleteFailure) {
+    TestArgv bare({"sorvik"});
     QVRArgumentList list;
     QVROptionArgumentValidation validation;
-    EXPECT_EQ(validation.ProcessArgument(args.argc(), args.argv(), &list), 0);
+    EXPECT_EQ(validation.ProcessArgument(bare.argc(), bare.argv(), &list), 0);
     EXPECT_TRUE(validation.IsNoOption());
     EXPECT_TRUE(list.GetListOfOption().empty());
-    EXPECT_TRUE(list.GetSingleOption().empty());
-}
 
-TEST(QVROptionArgumentValidationTest, NoArgumentListIsACompleteFailure) {
     TestArgv args({"sorvik", "-p"});
-    QVROptionArgumentValidation validation;
-    EXPECT_EQ(validation.ProcessArgument(args.argc(), args.argv(), nullptr), 2);
-}
-
-TEST(QVROptionArgumentValidationTest, AcceptedOptionsFillTheList) {
-    Outcome outcome = Process({"-d=" + std::string(kGuidB), "-disable=" + std::string(kGuidA), "-outf=JSON",
-                               "-comptype=BIOS,FRMW", "-comptype=BIOS"});
-    ASSERT_EQ(outcome.code, 0);
-    const QVRArgumentList::OptionMap& options = outcome.list.GetListOfOption();
-    EXPECT_EQ(options.at(QVR_OPT_DISABLE), (std::set<std::string>{kGuidA, kGuidB}));
-    EXPECT_EQ(options.at(QVR_OPT_OUTPUTFORMAT), std::set<std::string>{"JSON"});
-    EXPECT_EQ(options.at(QVR_OPT_COMPTYPE), (std::set<std::string>{"BIOS", "FRMW"}));
-    EXPECT_TRUE(outcome.list.GetSingleOption().empty());
-    EXPECT_EQ(outcome.list.GetProgramName(), "sorvik");
-}
-
-TEST(QVROptionArgumentValidationTest, ProgressIsStoredWithAnEmptySet) {
-    Outcome outcome = Process({"-p"});
-    ASSERT_EQ(outcome.code, 0);
-    ASSERT_EQ(outcome.list.GetListOfOption().count(QVR_OPT_PROGRESS), 1u);
-    EXPECT_TRUE(outcome.list.GetListOfOption().at(QVR_OPT_PROGRESS).empty());
-}
-
-TEST(QVROptionArgumentValidationTest, SingleOptionIsStoredAlone) {
-    for (const auto& row : std::vector<std::pair<std::vector<std::string>, std::string>>{
-             {{"--help", "-p", "-bogus"}, QVR_OPT_HELP},
-             {{"-h"}, QVR_OPT_HELP},
-             {{"--version", "--help"}, QVR_OPT_VERSION},
-             {{"-v"}, QVR_OPT_VERSION}}) {
-        Outcome outcome = Process(row.first);
-        EXPECT_EQ(outcome.code, 0);
-        EXPECT_EQ(outcome.list.GetSingleOption(), row.second);
-        ASSERT_EQ(outcome.list.GetListOfOption().size(), 1u);
-        EXPECT_EQ(outcome.list.GetListOfOption().begin()->first, row.second);
-    }
-}
-
-TEST(QVROptionArgumentValidationTest, MarksInvalidOptionFailures) {
-    EXPECT_TRUE(Process({"-bogus"}).invalidOption);
-    EXPECT_TRUE(Process({"-outc=x", "--help"}).invalidOption);
-    EXPECT_TRUE(Process({"-p", "-category=FW"}).invalidOption);
-    EXPECT_FALSE(Process({"-outc"}).invalidOption);
-    EXPECT_FALSE(Process({"-enc=utf-8"}).invalidOption);
-}
-
-TEST(QVROptionArgumentValidationTest, RejectedCommandLineStoresNoOptions) {
-    Outcome outcome = Process({"-outf=JSON", "-enc=bad"});
-    EXPECT_EQ(outcome.code, 22);
-    EXPECT_TRUE(outcome.list.GetListOfOption().empty());
-}
-
-TEST(QVROptionArgumentValidationTest, ProgressCompanionRuleLooksOnlyBeforeProgress) {
-    QVROptionArgumentValidation validation;
-    TestArgv args({"sorvik", "-p", "-outc=inv.xml", "-enc=UTF-8"});
-    QVRArgumentList list;
-    ASSERT_EQ(validation.ProcessArgument(args.argc(), args.argv(), &list), 0);
-    EXPECT_TRUE(validation.ValidateOptionalOptions(QVR_OPT_PROGRESS, {QVR_OPT_ENCODE, QVR_OPT_OUT}));
-    EXPECT_FALSE(validation.ValidateOptionalOptions(QVR_OPT_PROGRESS, {QVR_OPT_OUT}));
+    EXPECT_EQ(QVROptionArgumentValidation().ProcessArgument(args.argc(), args.argv(), nullptr), 2);
 }
 
 }  // namespace

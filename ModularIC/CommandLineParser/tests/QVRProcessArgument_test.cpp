@@ -2,165 +2,87 @@
 
 #include <gtest/gtest.h>
 
-#include <vector>
-
 #include "QVROptionKeys.h"
-#include "QVRResultCodes.h"
 #include "TestArgv.h"
 
 namespace {
 
-struct ParseResult {
+typedef QVRProcessArgument::OptionMap Map;
+
+struct Row {
+    std::vector<std::string> words;
     unsigned int code;
-    QVRProcessArgument::OptionMap options;
+    Map options;  // compared only when the code is 0
 };
 
-ParseResult Parse(std::vector<std::string> words) {
-    words.insert(words.begin(), "/usr/sbin/sorvik");
-    TestArgv args(words);
-    QVRProcessArgument processor;
-    ParseResult result;
-    result.code = processor.ParseCmdLine(args.argc(), args.argv(), result.options);
-    return result;
-}
-
-TEST(QVRProcessArgumentTest, EverySpellingReachesItsKey) {
-    const std::vector<std::pair<std::string, std::string>> rows = {
-        {"-h", QVR_OPT_HELP},
-        {"--help", QVR_OPT_HELP},
-        {"-v", QVR_OPT_VERSION},
-        {"--version", QVR_OPT_VERSION},
-        {"-l=x.xml", QVR_OPT_LOG},
-        {"-logc=x.xml", QVR_OPT_LOG},
-        {"-o=x.xml", QVR_OPT_OUT},
-        {"-outc=x.xml", QVR_OPT_OUT},
-        {"-enc=UTF-8", QVR_OPT_ENCODE},
-        {"-outf=XML", QVR_OPT_OUTPUTFORMAT},
-        {"-category=FW", QVR_OPT_CATEGORY},
-        {"-comptype=BIOS", QVR_OPT_COMPTYPE},
-        {"-p", QVR_OPT_PROGRESS},
-        {"-progress", QVR_OPT_PROGRESS},
-        {"-d=G", QVR_OPT_DISABLE},
-        {"-disable=G", QVR_OPT_DISABLE},
-        {"-serialize=yes", QVR_OPT_SERIALIZE},
-    };
-    for (const auto& row : rows) {
-        const ParseResult result = Parse({row.first});
-        EXPECT_EQ(result.code, 0u) << row.first;
-        ASSERT_EQ(result.options.size(), 1u) << row.first;
-        EXPECT_EQ(result.options.begin()->first, row.second) << row.first;
+TEST(QVRProcessArgumentTest, WordsToCodeAndOptionMap) {
+    const std::string help = QVR_OPT_HELP, version = QVR_OPT_VERSION, out = QVR_OPT_OUT, log = QVR_OPT_LOG;
+    // clang-format off
+    const std::vector<Row> rows = {
+        // Every spelling reaches its key.
+        {{"-h"}, 0, {{help, ""}}},               {{"--help"}, 0, {{help, ""}}},
+        {{"-v"}, 0, {{version, ""}}},            {{"--version"}, 0, {{version, ""}}},
+        {{"-l=x.xml"}, 0, {{log, "x.xml"}}},     {{"-logc=x.xml"}, 0, {{log, "x.xml"}}},
+        {{"-o=x.xml"}, 0, {{out, "x.xml"}}},     {{"-outc=x.xml"}, 0, {{out, "x.xml"}}},
+        {{"-p"}, 0, {{QVR_OPT_PROGRESS, ""}}},   {{"-progress"}, 0, {{QVR_OPT_PROGRESS, ""}}},
+        {{"-d=G"}, 0, {{QVR_OPT_DISABLE, "G"}}}, {{"-disable=G"}, 0, {{QVR_OPT_DISABLE, "G"}}},
+        {{"-enc=UTF-8"}, 0, {{QVR_OPT_ENCODE, "UTF-8"}}}, {{"-outf=XML"}, 0, {{QVR_OPT_OUTPUTFORMAT, "XML"}}},
+        {{"-category=FW"}, 0, {{QVR_OPT_CATEGORY, "FW"}}}, {{"-comptype=B"}, 0, {{QVR_OPT_COMPTYPE, "B"}}},
+        {{"-serialize=yes"}, 0, {{QVR_OPT_SERIALIZE, "yes"}}},
+        // Exact, case-sensitive spellings only.
+        {{"-help"}, 5, {}}, {{"--h"}, 5, {}}, {{"--outc=x"}, 5, {}}, {{"-OUTC=x"}, 5, {}},
+        {{"-Outf=XML"}, 5, {}}, {{"outc=x"}, 5, {}}, {{""}, 5, {}}, {{"-list=-p"}, 5, {}},
+        // No value for help, version, progress; "=" needs a value; a bare value option is left to the rules.
+        {{"--help=1"}, 5, {}}, {{"-v="}, 5, {}}, {{"-p=yes"}, 5, {}},
+        {{"-outc="}, 23, {}}, {{"-serialize="}, 23, {}}, {{"-bdir="}, 23, {}},
+        {{"-outc"}, 0, {{out, ""}}}, {{"-enc"}, 0, {{QVR_OPT_ENCODE, ""}}},
+        {{"-outc=/tmp/a=b.xml"}, 0, {{out, "/tmp/a=b.xml"}}},
+        // Only a value quoted at both ends loses the quotes.
+        {{"-outc=\"/tmp/my inv.xml\""}, 0, {{out, "/tmp/my inv.xml"}}},
+        {{"-outc=\"/tmp/inv.xml"}, 0, {{out, "\"/tmp/inv.xml"}}}, {{"-outc=\""}, 0, {{out, "\""}}},
+        // Repeats accumulate, except for the four single-value options.
+        {{"-disable=A", "-d=B", "-category=FW", "-category=BI"}, 0,
+         {{QVR_OPT_DISABLE, "A,B"}, {QVR_OPT_CATEGORY, "FW,BI"}}},
+        {{"-serialize=yes", "-serialize=no"}, 0, {{QVR_OPT_SERIALIZE, "yes,no"}}},
+        {{"-outc=a", "-o=b"}, 5, {}}, {{"-logc=a", "-l=b"}, 5, {}},
+        {{"-enc=UTF-8", "-enc=UTF-8"}, 5, {}}, {{"-outf=XML", "-outf=JSON"}, 5, {}},
+        // Help or version first silences the rest; after another option it fails.
+        {{"--help", "-nonsense", "-outc=", "-v"}, 0, {{help, ""}}}, {{"-v", "--help"}, 0, {{version, ""}}},
+        {{"-p", "--help"}, 5, {}}, {{"-outc=x", "-v"}, 5, {}},
+        // The base directory prefixes later bare names only and is not an option itself.
+        {{"-bdir=/tmp/x", "-outc=inv.xml"}, 0, {{out, "/tmp/x/inv.xml"}}},
+        {{"-outc=inv.xml", "-bdir=/tmp/x"}, 0, {{out, "inv.xml"}}},
+        {{"-bdir=/tmp/x", "-logc=err.xml"}, 0, {{log, "/tmp/x/err.xml"}}},
+        {{"-bdir=/tmp/x", "-outc=sub/inv.xml"}, 0, {{out, "sub/inv.xml"}}},
+        {{"-bdir=/tmp/x", "-outc=/abs/inv.xml"}, 0, {{out, "/abs/inv.xml"}}}, {{"-bdir=/tmp/x"}, 0, {}}};
+    // clang-format on
+    for (const Row& row : rows) {
+        std::vector<std::string> words = row.words;
+        words.insert(words.begin(), "/opt/tools/bin/sorvik");
+        TestArgv args(words);
+        QVRProcessArgument processor;
+        Map options;
+        EXPECT_EQ(processor.ParseCmdLine(args.argc(), args.argv(), options), row.code)
+            << ::testing::PrintToString(row.words);
+        EXPECT_TRUE(row.code != 0 || options == row.options) << ::testing::PrintToString(row.words);
+        EXPECT_EQ(processor.GetProgramName(), "sorvik");
     }
 }
 
-TEST(QVRProcessArgumentTest, RejectsWordsThatAreNotSpellings) {
-    for (const char* word : {"-help", "--h", "--outc=x", "-OUTC=x", "-Outf=XML", "outc=x", "", "-list=-p"}) {
-        EXPECT_EQ(Parse({word}).code, QVR_RESULT_INVALID_OPTION) << word;
+TEST(QVRProcessArgumentTest, ExclusionListProcessesEachBlankSeparatedWord) {
+    const std::vector<Row> rows = {
+        {{"-p  -outc=inv.xml\t-d=A"},
+         0,
+         {{QVR_OPT_PROGRESS, ""}, {QVR_OPT_OUT, "inv.xml"}, {QVR_OPT_DISABLE, "A"}}},
+        {{"-p -bogus -d=B"}, 5, {{QVR_OPT_PROGRESS, ""}}},
+        {{"--help -outc=x"}, 0, {{QVR_OPT_HELP, ""}}}};
+    for (const Row& row : rows) {
+        QVRProcessArgument processor;
+        Map options;
+        std::string list = row.words[0];
+        EXPECT_EQ(processor.CheckForExclusionList(&list, options), row.code) << list;
+        EXPECT_EQ(options, row.options) << list;
     }
-}
-
-TEST(QVRProcessArgumentTest, ValueRulesOfOneWord) {
-    const std::vector<std::pair<std::string, unsigned int>> rows = {
-        {"--help=1", QVR_RESULT_INVALID_OPTION},
-        {"-v=", QVR_RESULT_INVALID_OPTION},
-        {"-p=yes", QVR_RESULT_INVALID_OPTION},
-        {"-outc=", QVR_RESULT_REQUIRES_ARGUMENT},
-        {"-serialize=", QVR_RESULT_REQUIRES_ARGUMENT},
-        {"-bdir=", QVR_RESULT_REQUIRES_ARGUMENT},
-        {"-outc", 0u},
-        {"-enc", 0u},
-    };
-    for (const auto& row : rows) EXPECT_EQ(Parse({row.first}).code, row.second) << row.first;
-}
-
-TEST(QVRProcessArgumentTest, SplitsAtTheFirstEqualsSign) {
-    const ParseResult result = Parse({"-outc=/tmp/a=b.xml"});
-    EXPECT_EQ(result.options.at(QVR_OPT_OUT), "/tmp/a=b.xml");
-}
-
-TEST(QVRProcessArgumentTest, QuotedValueLosesItsQuotes) {
-    EXPECT_EQ(Parse({"-outc=\"/tmp/my inv.xml\""}).options.at(QVR_OPT_OUT), "/tmp/my inv.xml");
-    // Only a value quoted at both ends loses them.
-    EXPECT_EQ(Parse({"-outc=\"/tmp/inv.xml"}).options.at(QVR_OPT_OUT), "\"/tmp/inv.xml");
-    EXPECT_EQ(Parse({"-outc=\""}).options.at(QVR_OPT_OUT), "\"");
-}
-
-TEST(QVRProcessArgumentTest, RepeatedListOptionsAccumulate) {
-    const ParseResult result = Parse({"-disable=A", "-d=B", "-category=FW", "-category=BI"});
-    EXPECT_EQ(result.code, 0u);
-    EXPECT_EQ(result.options.at(QVR_OPT_DISABLE), "A,B");
-    EXPECT_EQ(result.options.at(QVR_OPT_CATEGORY), "FW,BI");
-}
-
-TEST(QVRProcessArgumentTest, SingleValueOptionsMayBeGivenOnce) {
-    for (const auto& words : std::vector<std::vector<std::string>>{{"-outc=a", "-o=b"},
-                                                                   {"-logc=a", "-l=b"},
-                                                                   {"-enc=UTF-8", "-enc=UTF-8"},
-                                                                   {"-outf=XML", "-outf=JSON"}}) {
-        EXPECT_EQ(Parse(words).code, QVR_RESULT_INVALID_OPTION) << words[0];
-    }
-    EXPECT_EQ(Parse({"-serialize=yes", "-serialize=no"}).options.at(QVR_OPT_SERIALIZE), "yes,no");
-}
-
-TEST(QVRProcessArgumentTest, HelpFirstSilencesEverythingAfterIt) {
-    const ParseResult result = Parse({"--help", "-nonsense", "-outc=", "-v"});
-    EXPECT_EQ(result.code, 0u);
-    ASSERT_EQ(result.options.size(), 1u);
-    EXPECT_EQ(result.options.count(QVR_OPT_HELP), 1u);
-
-    const ParseResult version = Parse({"-v", "--help"});
-    ASSERT_EQ(version.options.size(), 1u);
-    EXPECT_EQ(version.options.count(QVR_OPT_VERSION), 1u);
-}
-
-TEST(QVRProcessArgumentTest, HelpOrVersionAfterAnotherOptionFails) {
-    EXPECT_EQ(Parse({"-p", "--help"}).code, QVR_RESULT_INVALID_OPTION);
-    EXPECT_EQ(Parse({"-outc=x", "-v"}).code, QVR_RESULT_INVALID_OPTION);
-}
-
-TEST(QVRProcessArgumentTest, BaseDirectoryAppliesToLaterBareNamesOnly) {
-    EXPECT_EQ(Parse({"-bdir=/tmp/x", "-outc=inv.xml"}).options.at(QVR_OPT_OUT), "/tmp/x/inv.xml");
-    EXPECT_EQ(Parse({"-outc=inv.xml", "-bdir=/tmp/x"}).options.at(QVR_OPT_OUT), "inv.xml");
-    EXPECT_EQ(Parse({"-bdir=/tmp/x", "-logc=err.xml"}).options.at(QVR_OPT_LOG), "/tmp/x/err.xml");
-    EXPECT_EQ(Parse({"-bdir=/tmp/x", "-outc=sub/inv.xml"}).options.at(QVR_OPT_OUT), "sub/inv.xml");
-    EXPECT_EQ(Parse({"-bdir=/tmp/x", "-outc=/abs/inv.xml"}).options.at(QVR_OPT_OUT), "/abs/inv.xml");
-    EXPECT_EQ(Parse({"-outc=inv.xml"}).options.at(QVR_OPT_OUT), "inv.xml");
-}
-
-TEST(QVRProcessArgumentTest, BaseDirectoryIsNotAnOption) {
-    const ParseResult result = Parse({"-bdir=/tmp/x"});
-    EXPECT_EQ(result.code, 0u);
-    EXPECT_TRUE(result.options.empty());
-}
-
-TEST(QVRProcessArgumentTest, KeepsTheProgramBaseName) {
-    TestArgv args({"/opt/tools/bin/sorvik", "-p"});
-    QVRProcessArgument processor;
-    QVRProcessArgument::OptionMap options;
-    processor.ParseCmdLine(args.argc(), args.argv(), options);
-    EXPECT_EQ(processor.GetProgramName(), "sorvik");
-}
-
-TEST(QVRProcessArgumentTest, ExclusionListProcessesEachWord) {
-    QVRProcessArgument processor;
-    QVRProcessArgument::OptionMap options;
-    std::string list = "-p  -outc=inv.xml\t-d=A";
-    EXPECT_EQ(processor.CheckForExclusionList(&list, options), 0u);
-    EXPECT_EQ(options.size(), 3u);
-    EXPECT_EQ(options.at(QVR_OPT_DISABLE), "A");
-
-    std::string bad = "-p -bogus -d=B";
-    QVRProcessArgument::OptionMap other;
-    EXPECT_EQ(processor.CheckForExclusionList(&bad, other), QVR_RESULT_INVALID_OPTION);
-    EXPECT_EQ(other.count(QVR_OPT_DISABLE), 0u);
-}
-
-TEST(QVRProcessArgumentTest, IgnoreRestStoresNothing) {
-    QVRProcessArgument processor;
-    QVRProcessArgument::OptionMap options;
-    processor.setIgnoreRestOption();
-    std::string key = QVR_OPT_OUT, value = "x";
-    EXPECT_TRUE(processor.PopulateArgumentList(key, value, options));
-    EXPECT_TRUE(options.empty());
 }
 
 }  // namespace

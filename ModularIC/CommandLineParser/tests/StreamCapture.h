@@ -6,15 +6,14 @@
 #include <cstdio>
 #include <string>
 
-// Sends everything written to a standard C stream (and its descriptor) into a
-// temporary file until Finish, which returns the bytes and restores the stream.
+// Sends what is written to a C stream (and its descriptor) into a temporary
+// file until Finish, which restores the stream and returns the bytes.
 class StreamCapture {
 public:
-    explicit StreamCapture(FILE* stream) : m_stream(stream), m_saved(-1), m_file(std::tmpfile()) {
+    explicit StreamCapture(FILE* stream) : m_stream(stream), m_file(std::tmpfile()) {
         std::fflush(m_stream);
-        if (m_file == nullptr) return;
-        m_saved = ::dup(::fileno(m_stream));
-        if (m_saved < 0 || ::dup2(::fileno(m_file), ::fileno(m_stream)) < 0) Restore();
+        if (m_file != nullptr) m_saved = ::dup(::fileno(m_stream));
+        if (m_saved >= 0 && ::dup2(::fileno(m_file), ::fileno(m_stream)) < 0) Restore();
     }
     StreamCapture(const StreamCapture&) = delete;
     StreamCapture& operator=(const StreamCapture&) = delete;
@@ -22,15 +21,11 @@ public:
         Restore();
         if (m_file != nullptr) std::fclose(m_file);
     }
-
     std::string Finish() {
         Restore();
         std::string text;
-        if (m_file == nullptr) return text;
-        std::rewind(m_file);
-        char buffer[4096];
-        std::size_t count;
-        while ((count = std::fread(buffer, 1, sizeof buffer, m_file)) > 0) text.append(buffer, count);
+        if (m_file != nullptr) std::rewind(m_file);
+        for (int c; m_file != nullptr && (c = std::fgetc(m_file)) != EOF;) text += static_cast<char>(c);
         return text;
     }
 
@@ -42,10 +37,9 @@ private:
         ::close(m_saved);
         m_saved = -1;
     }
-
     FILE* m_stream;
-    int m_saved;
     FILE* m_file;
+    int m_saved = -1;
 };
 
 #endif

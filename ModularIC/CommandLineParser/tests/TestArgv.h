@@ -4,21 +4,20 @@
 #include <string>
 #include <vector>
 
-// Owns the words of an argv for one call; argv() is null-terminated.
+// Owns the words of a null-terminated argv for one call.
 class TestArgv {
 public:
-    explicit TestArgv(std::vector<std::string> words) : m_storage(std::move(words)) {
-        for (std::string& word : m_storage) m_pointers.push_back(&word[0]);
+    explicit TestArgv(std::vector<std::string> words) : m_words(std::move(words)) {
+        for (std::string& word : m_words) m_pointers.push_back(&word[0]);
         m_pointers.push_back(nullptr);
     }
     TestArgv(const TestArgv&) = delete;
     TestArgv& operator=(const TestArgv&) = delete;
-
-    int argc() const { return static_cast<int>(m_storage.size()); }
+    int argc() const { return static_cast<int>(m_words.size()); }
     char** argv() { return m_pointers.data(); }
 
 private:
-    std::vector<std::string> m_storage;
+    std::vector<std::string> m_words;
     std::vector<char*> m_pointers;
 };
 

@@ -15,43 +15,33 @@
 class CollectionDir {
 public:
     CollectionDir() {
-        char pattern[] = "/tmp/sorvik-controller-XXXXXX";
-        if (mkdtemp(pattern) == nullptr) throw std::runtime_error("mkdtemp failed");
+        char pattern[] = "/tmp/sorvik-controller-XXXXXX", previous[4096];
+        if (mkdtemp(pattern) == nullptr || getcwd(previous, sizeof previous) == nullptr ||
+            chdir(pattern) != 0) {
+            throw std::runtime_error("cannot enter a temporary directory");
+        }
         m_path = pattern;
-        char previous[4096];
-        if (getcwd(previous, sizeof previous) == nullptr) throw std::runtime_error("getcwd failed");
         m_previous = previous;
-        if (chdir(m_path.c_str()) != 0) throw std::runtime_error("chdir failed");
     }
-    CollectionDir(const CollectionDir&) = delete;
-    CollectionDir& operator=(const CollectionDir&) = delete;
     ~CollectionDir() {
         if (chdir(m_previous.c_str()) != 0) return;
-        nftw(m_path.c_str(), Remove, 16, FTW_DEPTH | FTW_PHYS);
+        nftw(
+            m_path.c_str(), [](const char* path, const struct stat*, int, FTW*) { return ::remove(path); },
+            16, FTW_DEPTH | FTW_PHYS);
     }
 
-    // Writes a file below the directory; mode 0755 for module scripts.
-    void Write(const std::string& relative, const std::string& contents, mode_t mode = 0644) const {
-        const std::string path = m_path + "/" + relative;
-        const std::string::size_type slash = path.rfind('/');
-        mkdir(path.substr(0, slash).c_str(), 0755);
-        std::ofstream(path.c_str(), std::ios::binary | std::ios::trunc) << contents;
-        chmod(path.c_str(), mode);
-    }
-
-    // A configuration of one generation-independent module printing the given text.
+    // Configures one generation-independent module that prints the text.
     void WriteModule(const std::string& output) const {
-        Write("icconfig_new.json",
-              R"({"SorVikConfig": {"Generation": [{"_type": "Generic", "InvComponent": [)"
-              R"({"_dir": "/mod", "_type": "cli", "__text": "mod.sh", "#GUID": "1"}]}]}})");
-        Write("mod/mod.sh", "#!/bin/sh\ncat <<'EOF'\n" + output + "\nEOF\n", 0755);
+        std::ofstream(m_path + "/icconfig_new.json")
+            << R"({"SorVikConfig": {"Generation": [{"_type": "Generic", "InvComponent": [)"
+               R"({"_dir": "/mod", "_type": "cli", "__text": "mod.sh", "#GUID": "1"}]}]}})";
+        mkdir((m_path + "/mod").c_str(), 0755);
+        std::ofstream(m_path + "/mod/mod.sh") << "#!/bin/sh\ncat <<'EOF'\n" + output + "\nEOF\n";
+        chmod((m_path + "/mod/mod.sh").c_str(), 0755);
     }
 
 private:
-    static int Remove(const char* path, const struct stat*, int, struct FTW*) { return ::remove(path); }
-
-    std::string m_path;
-    std::string m_previous;
+    std::string m_path, m_previous;
 };
 
 #endif
