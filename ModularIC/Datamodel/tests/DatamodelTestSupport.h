@@ -15,13 +15,8 @@ FakeShmApi& TestShm();
 // Owns the records a test receives.
 struct Records {
     std::vector<CDeviceInfo*> items;
-    Records() = default;
-    Records(const Records&) = delete;
-    Records& operator=(const Records&) = delete;
-    ~Records() { Clear(); }
-    void Clear() {
+    ~Records() {
         for (CDeviceInfo* r : items) delete r;
-        items.clear();
     }
     size_t size() const { return items.size(); }
     const CDeviceInfo& operator[](size_t i) const { return *items[i]; }
@@ -30,18 +25,11 @@ struct Records {
 // Builders of module output documents.
 std::string Inventory(const std::string& body);
 std::string PciDevice(const std::string& componentID, const std::string& version,
-                      const std::string& componentType = "FRMW", const std::string& bus = "3b",
-                      const std::string& display = "NIC");
+                      const std::string& componentType = "FRMW", const std::string& display = "NIC");
 std::string NonPciDevice(const std::string& componentID, const std::string& version, const std::string& fqdd,
-                         const std::string& componentType = "FRMW", const std::string& display = "Disk");
+                         const std::string& componentType = "FRMW");
 std::string OperatingSystem(const std::string& name, const std::string& major);
-// count devices (of unique distinct identities, repeating) as one document.
+// count PCI devices of unique distinct identities (0: all distinct), about 200 bytes each.
 std::string ManyDevices(size_t count, size_t unique);
-
-// Peak resident memory of this process since the last reset, in bytes.
-long PeakRssBytes();
-long CurrentRssBytes();
-// Resets the peak to the current size; false when the kernel does not allow it.
-bool ResetPeakRss();
 
 #endif

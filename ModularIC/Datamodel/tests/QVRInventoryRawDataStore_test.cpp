@@ -3,9 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <thread>
 
 #include "DatamodelTestSupport.h"
+#include "QVRDataModelManager.h"
 #include "QVRInventoryDataFactory.h"
+#include "QVROptionKeys.h"
 
 namespace {
 
@@ -20,225 +23,159 @@ CDeviceInfo* Record(const std::string& id, const std::string& version, int statu
     return r;
 }
 
-// ---- Duplicate removal -----------------------------------------------------
-
-TEST(RemoveDuplicates, EarlierOfTwoEqualRecordsSurvives) {
-    Records list;
-    list.items = {Record("1", "a", 0, "first"), Record("2", "a"), Record("1", "a", 0, "second")};
-    QVRInventoryRawDataStore::RemoveDuplicates(list.items);
-    ASSERT_EQ(list.size(), 2u);
-    EXPECT_EQ(list[0].getDisplay(), "first");
-    EXPECT_EQ(list[1].getComponentID(), "2");
-}
-
-TEST(RemoveDuplicates, EqualByEverythingButDisplayIsADuplicate) {
-    Records list;
-    list.items = {Record("1", "a", 0, "x"), Record("1", "a", 0, "y")};
-    QVRInventoryRawDataStore::RemoveDuplicates(list.items);
-    ASSERT_EQ(list.size(), 1u);
-    EXPECT_EQ(list[0].getDisplay(), "x");
-}
-
-TEST(RemoveDuplicates, DifferentVersionsAreBothKept) {
-    Records list;
-    list.items = {Record("1", "a"), Record("1", "b")};
-    QVRInventoryRawDataStore::RemoveDuplicates(list.items);
-    EXPECT_EQ(list.size(), 2u);
-}
-
-TEST(RemoveDuplicates, FailureRecordsAreAlwaysKept) {
-    Records list;
-    list.items = {Record("", "", 1, "mod"), Record("", "", 1, "mod"), Record("1", "a", -1),
-                  Record("1", "a", -1),     Record("1", "a", 0),      Record("1", "a", 1)};
-    QVRInventoryRawDataStore::RemoveDuplicates(list.items);
-    ASSERT_EQ(list.size(), 6u);
-}
-
-TEST(RemoveDuplicates, SuccessfulRecordIsNotDroppedForEqualingAFailureRecord) {
-    Records list;
-    list.items = {Record("1", "a", 1), Record("1", "a", 0), Record("1", "a", 0)};
-    QVRInventoryRawDataStore::RemoveDuplicates(list.items);
-    ASSERT_EQ(list.size(), 2u);
-    EXPECT_EQ(list[0].getStatus(), 1);
-    EXPECT_EQ(list[1].getStatus(), 0);
-}
-
-TEST(RemoveDuplicates, EachComparedFieldSeparatesRecords) {
-    Records list;
-    for (int field = 0; field <= 12; ++field) {
-        CDeviceInfo* r = Record("1", "a");
-        SPCIInfo pci;
-        switch (field) {
-            case 1:
-                r->setComponentType("DRVR");
-                break;
-            case 2:
-                r->setComponentID("2");
-                break;
-            case 3:
-                r->setVersion("b");
-                break;
-            case 4:
-                r->setEnumId("e");
-                break;
-            case 5:
-                r->setFQDDInfo("f");
-                break;
-            case 6:
-                pci.componentID = "c";
-                break;
-            case 7:
-                pci.deviceID = "d";
-                break;
-            case 8:
-                pci.subDeviceID = "s";
-                break;
-            case 9:
-                pci.vendorID = "v";
-                break;
-            case 10:
-                pci.subVendorID = "sv";
-                break;
-            case 11:
-                r->setBDFInfo(1, 0, 0);
-                break;
-            case 12:
-                r->setBDFInfo(0, 0, 1);
-                break;
-            default:
-                break;
-        }
-        if (field >= 6 && field <= 10) r->setPCIInfo(pci);
-        list.items.push_back(r);
-    }
-    // And records equal to some of those, which must go.
-    list.items.push_back(Record("1", "a", 0, "other display"));
-    CDeviceInfo* pciDisplayOnly = Record("1", "a");
-    SPCIInfo pci;
-    pci.display = "only the PCI display differs";
-    pciDisplayOnly->setPCIInfo(pci);
-    list.items.push_back(pciDisplayOnly);
-    QVRInventoryRawDataStore::RemoveDuplicates(list.items);
-    EXPECT_EQ(list.size(), 13u);
-}
-
-TEST(RemoveDuplicates, AgreesWithThePairwiseRuleOnAMixedList) {
-    // The pairwise rule, written out, as the reference.
-    auto reference = [](const std::vector<CDeviceInfo*>& in) {
-        std::vector<const CDeviceInfo*> kept;
-        for (const CDeviceInfo* r : in) {
-            bool dup = false;
-            if (r->getStatus() == 0)
-                for (const CDeviceInfo* k : kept)
-                    if (k->getStatus() == 0 && r->checkForEquality(k)) dup = true;
-            if (!dup) kept.push_back(r);
-        }
-        return kept;
-    };
-    Records list;
-    unsigned int state = 7;
-    for (int i = 0; i < 3000; ++i) {
-        state = state * 1103515245u + 12345u;
-        const unsigned int v = state >> 16;
-        CDeviceInfo* r = Record(std::to_string(v % 13), std::to_string((v >> 4) % 3),
-                                (v >> 8) % 7 == 0 ? 1 : 0, std::to_string(i));
-        r->setBDFInfo(static_cast<unsigned char>((v >> 10) % 2), 0, 0);
-        list.items.push_back(r);
-    }
-    const std::vector<const CDeviceInfo*> expected = reference(list.items);
-    std::vector<std::string> expectedDisplays;
-    for (const CDeviceInfo* r : expected) expectedDisplays.push_back(r->getDisplay());
-    QVRInventoryRawDataStore::RemoveDuplicates(list.items);
+std::vector<std::string> Displays(const std::vector<CDeviceInfo*>& records) {
     std::vector<std::string> displays;
-    for (const CDeviceInfo* r : list.items) displays.push_back(r->getDisplay());
-    EXPECT_EQ(displays, expectedDisplays);
+    for (const CDeviceInfo* r : records) displays.push_back(r->getDisplay());
+    return displays;
 }
 
-TEST(RemoveDuplicates, HundredThousandRecordsIsFast) {
+TEST(RemoveDuplicates, EarlierSurvivesAndFailureRecordsAreAlwaysKept) {
     Records list;
-    for (int i = 0; i < 100000; ++i) list.items.push_back(Record(std::to_string(i % 5000), "1"));
-    const auto start = std::chrono::steady_clock::now();
+    list.items = {Record("1", "a", 0, "first"),  Record("1", "b", 0, "other version"),
+                  Record("1", "a", 0, "later"),  Record("", "", 1, "fail"),
+                  Record("", "", 1, "fail"),     Record("1", "a", 1, "failed"),
+                  Record("2", "a", -1, "unset"), Record("2", "a", -1, "unset")};
     QVRInventoryRawDataStore::RemoveDuplicates(list.items);
-    const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    EXPECT_EQ(list.size(), 5000u);
-    EXPECT_LT(seconds, 2.0);
+    EXPECT_EQ(Displays(list.items), (std::vector<std::string>{"first", "other version", "fail", "fail",
+                                                              "failed", "unset", "unset"}));
 }
 
-// ---- The store -------------------------------------------------------------
-
-IQVRInventoryRawData* Raw(const std::string& identity, const std::string& output) {
-    std::string id = identity;
-    std::string text = output;
-    return QVRInventoryDataFactory()(id, text, nullptr);
+// The fast removal must give exactly what the pairwise rule gives.
+TEST(RemoveDuplicates, AgreesWithThePairwiseRuleOnMixedRecords) {
+    Records list;
+    for (unsigned int i = 0, state = 7; i < 4000; ++i) {
+        const unsigned int v = (state = state * 1103515245u + 12345u) >> 8;
+        CDeviceInfo* r = Record(std::to_string(v % 5), std::to_string((v >> 3) % 2),
+                                (v >> 5) % 7 == 0 ? 1 : 0, std::to_string(i));
+        r->setBDFInfo(static_cast<unsigned char>((v >> 7) % 2), 0, static_cast<unsigned char>((v >> 8) % 2));
+        if ((v >> 9) % 3 == 0) r->setEnumId("e");
+        if ((v >> 11) % 3 == 0) r->setFQDDInfo("f");
+        if ((v >> 13) % 2 == 0) r->setComponentType("DRVR");
+        if ((v >> 14) % 2 == 0)
+            r->setPCIInfo(SPCIInfo{"", (v >> 15) % 2 ? "d" : "", "", "", "", std::to_string(v % 3)});
+        list.items.push_back(r);
+    }
+    std::vector<CDeviceInfo*> kept;
+    for (CDeviceInfo* r : list.items) {
+        bool duplicate = false;
+        for (const CDeviceInfo* k : kept)
+            duplicate = duplicate || (r->getStatus() == 0 && k->getStatus() == 0 && r->checkForEquality(k));
+        if (!duplicate) kept.push_back(r);
+    }
+    const std::vector<std::string> expected = Displays(kept);
+    QVRInventoryRawDataStore::RemoveDuplicates(list.items);
+    EXPECT_EQ(Displays(list.items), expected);
+    Records many;
+    for (int i = 0; i < 100000; ++i) many.items.push_back(Record(std::to_string(i % 5000), "1"));
+    const auto start = std::chrono::steady_clock::now();
+    QVRInventoryRawDataStore::RemoveDuplicates(many.items);
+    EXPECT_LT(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(), 2.0);
+    EXPECT_EQ(many.size(), 5000u);
 }
 
-TEST(QVRInventoryRawDataStore, WriteDataCountsAndPublishesProgress) {
+IQVRInventoryRawData* Raw(std::string identity, std::string output) {
+    return QVRInventoryDataFactory()(identity, output, nullptr);
+}
+
+TEST(QVRInventoryRawDataStore, CountsPublishesAndProcessesInArrivalOrder) {
     QVRInventoryRawDataStore store;
     store.SetTotalInvComponents(14);
-    EXPECT_EQ(store.GetTotalInvComponents(), 14);
-    EXPECT_EQ(store.GetCompletedInvComponents(), 0);
-    ASSERT_TRUE(store.WriteData(Raw("a", "")));
-    ASSERT_TRUE(store.WriteData(Raw("b", "")));
-    EXPECT_EQ(store.GetCompletedInvComponents(), 2);
+    ASSERT_TRUE(store.WriteData(Raw("first", Inventory(PciDevice("1", "1.0", "FRMW", "from first")))));
+    TestShm().failGet = true;  // a failing progress write still stores and counts
+    ASSERT_TRUE(store.WriteData(Raw("broken", "")));
+    TestShm().failGet = false;
+    ASSERT_TRUE(store.WriteData(Raw("second", Inventory(PciDevice("1", "1.0", "FRMW", "from second") +
+                                                        PciDevice("1", "2.0", "FRMW", "newer")))));
+    EXPECT_FALSE(store.WriteData(nullptr));
     FakeShmApi::Write stored;
     ASSERT_TRUE(TestShm().Read(QVR_PROGRESS_SHM_KEY, &stored));
     EXPECT_EQ(stored.total, 14);
-    EXPECT_EQ(stored.completed, 2);
-    EXPECT_FALSE(store.WriteData(nullptr));
-    EXPECT_EQ(store.GetCompletedInvComponents(), 2);
-}
-
-TEST(QVRInventoryRawDataStore, ProcessParsesInArrivalOrderAndRemovesDuplicatesAcrossModules) {
-    QVRInventoryRawDataStore store;
-    store.WriteData(Raw("first", Inventory(PciDevice("1", "1.0", "FRMW", "3b", "from first"))));
-    store.WriteData(Raw("broken", ""));
-    store.WriteData(Raw("second", Inventory(PciDevice("1", "1.0", "FRMW", "3b", "from second") +
-                                            PciDevice("1", "2.0", "FRMW", "3b", "newer"))));
-    store.WriteData(Raw("broken", ""));
+    EXPECT_EQ(stored.completed, 3);
+    std::vector<CDeviceInfo*> ready = {Record("7", "1", 0, "own"), Record("7", "1", 0, "own again")};
+    std::string identity = "collector";
+    EXPECT_TRUE(store.WriteData(identity, ready));  // ready-made records: stored, not counted
+    EXPECT_EQ(store.GetCompletedInvComponents(), 3);
     Records out;
     EXPECT_TRUE(store.Process(out.items));
-    ASSERT_EQ(out.size(), 4u);
-    EXPECT_EQ(out[0].getDisplay(), "from first firmware");
-    EXPECT_EQ(out[1].getErrorMsg(), "Configured program execution failure");
-    EXPECT_EQ(out[2].getDisplay(), "newer firmware");
-    EXPECT_EQ(out[3].getDisplay(), "broken");
-    // Everything stored was consumed.
+    EXPECT_EQ(Displays(out.items),
+              (std::vector<std::string>{"from first firmware", "broken", "newer firmware", "own"}));
     Records again;
     store.Process(again.items);
     EXPECT_EQ(again.size(), 0u);
+    store.WriteData(Raw("unprocessed", Inventory(PciDevice("1", "1"))));  // released with the store
 }
 
-TEST(QVRInventoryRawDataStore, ReadyMadeRecordsAreStoredWithoutCounting) {
-    QVRInventoryRawDataStore store;
-    std::vector<CDeviceInfo*> mine = {Record("7", "1"), Record("7", "1")};
-    std::string identity = "collector";
-    EXPECT_TRUE(store.WriteData(identity, mine));
-    EXPECT_TRUE(mine.empty());
-    EXPECT_EQ(store.GetCompletedInvComponents(), 0);
-    Records out;
-    store.Process(out.items);
-    EXPECT_EQ(out.size(), 1u);
+class ManagerTest : public ::testing::Test {
+protected:
+    void TearDown() override { delete QVRDataModelManager::GetInstance(); }
+    QVRDataModelManager* manager = QVRDataModelManager::GetInstance();
+    QVRDataModel model;
+    QVRArgumentList args;
+};
+
+TEST_F(ManagerTest, FilesEveryKindOfRecordAndNeverCountsADroppedOutput) {
+    args.insertValue(QVR_OPT_COMPTYPE, "FRMW,BIOS");
+    ASSERT_TRUE(manager->Initialize(&model, &args));
+    std::string a = "nicinv", b = "biosinv", c = "dead", d = "noise", none;
+    std::string aOut =
+        Inventory(PciDevice("101", "1.0") + PciDevice("102", "1.0", "DRVR") + "<System systemID=\"0A1B\"/>" +
+                  OperatingSystem("Debian", "12") + OperatingSystem("Linux", "6"));
+    std::string bOut = Inventory(PciDevice("101", "1.0") + NonPciDevice("159", "2.1", "BIOS.1", "BIOS") +
+                                 "<SPStatus result=\"false\"><Message>partial</Message></SPStatus>" +
+                                 OperatingSystem("Other", "1"));
+    std::string dOut = "plain text";
+    ASSERT_TRUE(manager->WriteData(a, aOut));
+    ASSERT_TRUE(manager->WriteData(b, bOut));
+    ASSERT_TRUE(manager->WriteData(c, none));
+    EXPECT_FALSE(manager->WriteData(d, dOut));
+    EXPECT_EQ(manager->GetCompletedInvComponents(), 3);
+    // A later Initialize replaces the filter; stored outputs stay valid.
+    ASSERT_TRUE(manager->Initialize(&model, &args));
+    EXPECT_TRUE(manager->Process());
+    ASSERT_EQ(model.GetDeviceList().size(), 2u);
+    EXPECT_EQ(model.GetDeviceList()[0]->getComponentID(), "101");
+    EXPECT_EQ(model.GetDeviceList()[1]->getComponentID(), "159");
+    EXPECT_EQ(Displays(model.GetErrorList()), (std::vector<std::string>{"biosinv", "dead"}));
+    EXPECT_EQ(model.GetErrorList()[0]->getErrorMsg(), "partial");
+    EXPECT_EQ(model.GetErrorList()[1]->getErrorMsg(), "Configured program execution failure");
+    EXPECT_EQ(model.GetSystemInfo()->getSystemID(), "0A1B");
+    ASSERT_EQ(model.GetOperatingSystemList().size(), 2u);  // the first module's entries
+    EXPECT_EQ(model.GetOperatingSystemList()[1].name, "Linux");
 }
 
-TEST(QVRInventoryRawDataStore, UnprocessedDataIsReleasedWithTheStore) {
-    QVRInventoryRawDataStore store;
-    store.WriteData(Raw("a", Inventory(PciDevice("1", "1"))));
-    std::vector<CDeviceInfo*> mine = {Record("7", "1")};
-    std::string identity = "c";
-    store.WriteData(identity, mine);
-    // Nothing to check but the absence of leaks (sanitizer build).
-    EXPECT_EQ(store.GetCompletedInvComponents(), 1);
-}
-
-TEST(QVRInventoryRawDataStore, FailingProgressWriteStillStoresAndCounts) {
-    TestShm().failGet = true;
-    QVRInventoryRawDataStore store;
-    EXPECT_TRUE(store.WriteData(Raw("a", "")));
-    TestShm().failGet = false;
-    EXPECT_EQ(store.GetCompletedInvComponents(), 1);
-    Records out;
-    store.Process(out.items);
-    EXPECT_EQ(out.size(), 1u);
+TEST_F(ManagerTest, ConcurrentWritersAgreeWithCountsAndStoredOutputs) {
+    FakeShmApi shm;
+    ScopedShmApi scope(&shm);
+    manager->Initialize(&model, &args);
+    const int kThreads = 8, kPerThread = 60, kAll = kThreads * kPerThread;
+    manager->SetTotalInvComponents(kAll);
+    std::atomic<int> dropped{0};
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t)
+        threads.emplace_back([&, t] {
+            for (int i = 0; i < kPerThread; ++i) {
+                std::string id = "t" + std::to_string(t) + "m" + std::to_string(i), output;
+                if (i % 10 == 9)
+                    output = "not xml";  // neither stored nor counted
+                else if (i % 10 != 0)
+                    output =
+                        Inventory(PciDevice(std::to_string(t * 1000 + i), "1") + PciDevice("shared", "1"));
+                if (!manager->WriteData(id, output)) ++dropped;
+            }
+        });
+    for (std::thread& thread : threads) thread.join();
+    const int stored = kAll - dropped.load(), empties = kAll / 10;
+    EXPECT_EQ(dropped.load(), kAll / 10);
+    EXPECT_EQ(manager->GetCompletedInvComponents(), stored);
+    FakeShmApi::Write last;
+    ASSERT_TRUE(shm.Read(QVR_PROGRESS_SHM_KEY, &last));
+    EXPECT_EQ(last.total, kAll);
+    EXPECT_EQ(last.completed, stored);
+    EXPECT_EQ(shm.attachCalls, stored);
+    ASSERT_TRUE(manager->Process());
+    // One failure per empty output, one device per other output, the shared device once.
+    EXPECT_EQ(static_cast<int>(model.GetErrorList().size()), empties);
+    EXPECT_EQ(static_cast<int>(model.GetDeviceList().size()), stored - empties + 1);
 }
 
 }  // namespace
