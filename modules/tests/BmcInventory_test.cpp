@@ -4,101 +4,68 @@
 
 #include "ModuleTestSupport.h"
 
-using svmtest::FakeRoot;
+using svmtest::Collect;
+using svmtest::Failures;
 using svmtest::Select;
 
 namespace svm {
 namespace {
 
-class FakeTransport : public IBmcTransport {
-  public:
+struct FakeTransport : IBmcTransport {
     bool ok = true;
     std::vector<uint8_t> answer;
-    int calls = 0;
-    uint8_t netfn = 0, cmd = 0;
-
-    bool Request(uint8_t n, uint8_t c, const std::vector<uint8_t>&, std::vector<uint8_t>& response,
+    std::vector<int> asked;  // netfn, cmd of each request
+    bool Request(uint8_t netfn, uint8_t cmd, const std::vector<uint8_t>&, std::vector<uint8_t>& response,
                  std::string& error) override {
-        ++calls;
-        netfn = n;
-        cmd = c;
-        if (!ok) {
-            error = "IPMI request failed with status 320";
-            return false;
-        }
+        asked.insert(asked.end(), {netfn, cmd});
+        error = "IPMI request failed with status 320";
         response = answer;
-        return true;
+        return ok;
     }
 };
 
-std::string Collect(const FakeRoot& root, FakeTransport& transport) {
-    SvmDocument doc;
-    ModuleOptions options;
-    options.root = root.Path();
-    CollectBmcInventory(options, doc, transport);
-    return doc.ToString();
-}
-
-TEST(BmcInventoryTest, GetDeviceIdGivesFirmwareRevision) {
-    FakeRoot root;
+TEST(BmcInventoryTest, GetDeviceIdGivesTheFirmwareRevision) {
+    svmtest::FakeRoot root;
     root.Write("/dev/ipmi0", "");
     FakeTransport transport;
     // cc, device id, revision, fw major (bit 7: update in progress), fw minor BCD, ...
     transport.answer = {0x00, 0x20, 0x81, 0x83, 0x30, 0x02, 0xbf, 0xa2, 0x02, 0x00, 0x00, 0x01};
-    std::string xml = Collect(root, transport);
-    EXPECT_EQ(0x06, transport.netfn);
-    EXPECT_EQ(0x01, transport.cmd);
-    auto apps = Select(xml, "/SVMInventory/Device[@FQDD='BMC.Embedded.1']/Application");
+    const std::string xml = Collect(CollectBmcInventory, root, transport);
+    EXPECT_EQ((std::vector<int>{0x06, 0x01}), transport.asked);
+    auto apps =
+        Select(xml, "/SVMInventory/Device[@FQDD='BMC.Embedded.1']/Application[@componentType='FRMW']");
     ASSERT_EQ(1u, apps.size()) << xml;
-    EXPECT_EQ("FRMW", apps[0]["componentType"]);
     EXPECT_EQ("3.30", apps[0]["version"]);
 }
 
-TEST(BmcInventoryTest, NoIpmiInterfaceFailsWithoutAsking) {
-    FakeRoot root;
+TEST(BmcInventoryTest, FailuresWithoutAnInterfaceOrAnAnswer) {
+    svmtest::FakeRoot root;
     FakeTransport transport;
-    std::string xml = Collect(root, transport);
-    EXPECT_EQ(0, transport.calls);
-    auto status = Select(xml, "/SVMInventory/SPStatus[@result='false']/Message");
-    ASSERT_EQ(1u, status.size());
-    EXPECT_NE(std::string::npos, status[0]["#text"].find("no IPMI device"));
-}
-
-TEST(BmcInventoryTest, SmbiosIpmiRecordIsEnoughToAsk) {
-    FakeRoot root;
-    root.Write("/sys/firmware/dmi/entries/38-0/type", "38\n");
-    FakeTransport transport;
+    auto failures = Failures(Collect(CollectBmcInventory, root, transport));
+    EXPECT_TRUE(transport.asked.empty());
+    ASSERT_EQ(1u, failures.size());
+    EXPECT_NE(std::string::npos, failures[0].find("no IPMI device"));
+    root.Write("/sys/firmware/dmi/entries/38-0/type", "38\n");  // an SMBIOS IPMI record is enough to ask
     transport.ok = false;
-    std::string xml = Collect(root, transport);
-    EXPECT_EQ(1, transport.calls);
-    auto status = Select(xml, "//SPStatus/Message");
-    ASSERT_EQ(1u, status.size());
-    EXPECT_NE(std::string::npos, status[0]["#text"].find("320"));
+    failures = Failures(Collect(CollectBmcInventory, root, transport));
+    EXPECT_EQ(2u, transport.asked.size());
+    ASSERT_EQ(1u, failures.size());
+    EXPECT_NE(std::string::npos, failures[0].find("320"));
 }
 
-struct DecodeCase {
-    std::vector<uint8_t> response;
-    bool ok;
-    std::string revision;
-};
-
-class DecodeRevisionTest : public ::testing::TestWithParam<DecodeCase> {};
-
-TEST_P(DecodeRevisionTest, Decodes) {
-    std::string revision, error;
-    EXPECT_EQ(GetParam().ok, DecodeFirmwareRevision(GetParam().response, revision, error));
-    if (GetParam().ok)
-        EXPECT_EQ(GetParam().revision, revision);
-    else
-        EXPECT_FALSE(error.empty());
+TEST(BmcInventoryTest, DecodeFirmwareRevision) {
+    const std::pair<std::vector<uint8_t>, std::string> rows[] = {{{0x00, 0x20, 0x01, 0x02, 0x05}, "2.05"},
+                                                                 {{0x00, 0x20, 0x01, 0x7f, 0x99}, "127.99"},
+                                                                 {{0x00, 0x20, 0x01, 0x01, 0x1a}, "error"},
+                                                                 {{0xc1}, "error"},
+                                                                 {{}, "error"},
+                                                                 {{0x00, 0x20, 0x01, 0x02}, "error"}};
+    for (const auto& row : rows) {
+        std::string revision, error;
+        const bool ok = DecodeFirmwareRevision(row.first, revision, error);
+        EXPECT_EQ(row.second, ok ? revision : error.empty() ? "no message" : "error");
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Table, DecodeRevisionTest,
-                         ::testing::Values(DecodeCase{{0x00, 0x20, 0x01, 0x02, 0x05}, true, "2.05"},
-                                           DecodeCase{{0x00, 0x20, 0x01, 0x7f, 0x99}, true, "127.99"},
-                                           DecodeCase{{0x00, 0x20, 0x01, 0x01, 0x1a}, false, ""},
-                                           DecodeCase{{0xc1}, false, ""}, DecodeCase{{}, false, ""},
-                                           DecodeCase{{0x00, 0x20, 0x01, 0x02}, false, ""}));
 
 }  // namespace
 }  // namespace svm

@@ -1,6 +1,5 @@
 #include "ModuleTestSupport.h"
 
-#include <ftw.h>
 #include <gtest/gtest.h>
 #include <libxml/parser.h>
 #include <libxml/xpath.h>
@@ -8,36 +7,29 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <stdexcept>
 
 namespace svmtest {
 namespace {
 
-int RemoveEntry(const char* path, const struct stat*, int, struct FTW*) { return ::remove(path); }
-
-void MakeDirs(const std::string& path) {
-    for (size_t pos = 1; pos != std::string::npos;) {
-        pos = path.find('/', pos + 1);
-        std::string part = path.substr(0, pos);
-        if (::mkdir(part.c_str(), 0755) != 0 && errno != EEXIST) throw std::runtime_error("mkdir " + part);
-    }
-}
+void MakeDirs(const std::string& path) { std::filesystem::create_directories(path); }
 
 std::string Parent(const std::string& path) { return path.substr(0, path.rfind('/')); }
 
 }  // namespace
 
 FakeRoot::FakeRoot() {
-    const char* tmp = std::getenv("TMPDIR");
-    std::string pattern = std::string(tmp && *tmp ? tmp : "/tmp") + "/svmroot.XXXXXX";
-    std::vector<char> buffer(pattern.begin(), pattern.end());
-    buffer.push_back('\0');
-    if (::mkdtemp(buffer.data()) == nullptr) throw std::runtime_error("mkdtemp");
-    m_path = buffer.data();
+    std::string pattern = std::filesystem::temp_directory_path().string() + "/svmroot.XXXXXX";
+    if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("mkdtemp");
+    m_path = pattern;
 }
 
-FakeRoot::~FakeRoot() { ::nftw(m_path.c_str(), RemoveEntry, 16, FTW_DEPTH | FTW_PHYS); }
+FakeRoot::~FakeRoot() {
+    std::error_code ignored;
+    std::filesystem::remove_all(m_path, ignored);
+}
 
 void FakeRoot::Write(const std::string& path, const std::string& content) {
     std::string full = m_path + path;
@@ -111,6 +103,13 @@ std::vector<Attributes> Select(const std::string& xml, const std::string& xpath)
     xmlXPathFreeContext(ctx);
     xmlFreeDoc(doc);
     return result;
+}
+
+std::vector<std::string> Failures(const std::string& xml) {
+    std::vector<std::string> texts;
+    for (auto& found : Select(xml, "/SVMInventory/SPStatus[@result='false']/Message"))
+        texts.push_back(found["#text"]);
+    return texts;
 }
 
 }  // namespace svmtest

@@ -1,129 +1,96 @@
 #include "StorageInventory.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "ModuleTestSupport.h"
 
-using svmtest::FakeRoot;
+using svmtest::Collect;
+using svmtest::Failures;
 using svmtest::Select;
 
 namespace svm {
 namespace {
 
-std::string Collect(const FakeRoot& root) {
-    SvmDocument doc;
-    ModuleOptions options;
-    options.root = root.Path();
-    CollectStorageInventory(options, doc);
-    return doc.ToString();
-}
-
 class StorageInventoryTest : public ::testing::Test {
-  protected:
+protected:
     void SetUp() override {
-        // NVMe controller on PCI, with a namespace block device.
-        root.Write("/sys/devices/pci0000:00/0000:01:00.0/nvme/nvme0/model", "Fast NVMe 1TB          \n");
-        root.Write("/sys/devices/pci0000:00/0000:01:00.0/nvme/nvme0/firmware_rev", "2B2QEXM7\n");
-        root.Write("/sys/devices/pci0000:00/0000:01:00.0/nvme/nvme0/address", "0000:01:00.0\n");
-        root.Link("../../devices/pci0000:00/0000:01:00.0/nvme/nvme0", "/sys/class/nvme/nvme0");
-        root.MakeDir("/sys/devices/pci0000:00/0000:01:00.0/nvme/nvme0/nvme0n1");
-        root.Link("../../devices/pci0000:00/0000:01:00.0/nvme/nvme0/nvme0n1", "/sys/class/block/nvme0n1");
-        root.Link("../../nvme0", "/sys/devices/pci0000:00/0000:01:00.0/nvme/nvme0/nvme0n1/device");
-
-        // SATA disk behind an AHCI port, with a partition.
-        const std::string sata = "/sys/devices/pci0000:00/0000:00:17.0/ata3/host2/target2:0:0/2:0:0:0";
-        root.Write(sata + "/vendor", "ATA     \n");
-        root.Write(sata + "/model", "SSD <Pro> & Co   \n");
-        root.Write(sata + "/rev", "DL43\n");
-        root.MakeDir(sata + "/block/sda/sda1");
-        root.Write(sata + "/block/sda/sda1/partition", "1\n");
-        root.Link(".." + std::string(
-                             "/../devices/pci0000:00/0000:00:17.0/ata3/host2/target2:0:0/2:0:0:0/block/sda"),
-                  "/sys/class/block/sda");
-        root.Link("../../../2:0:0:0", sata + "/block/sda/device");
-        root.Link(
-            ".." + std::string(
-                       "/../devices/pci0000:00/0000:00:17.0/ata3/host2/target2:0:0/2:0:0:0/block/sda/sda1"),
-            "/sys/class/block/sda1");
-
-        // SAS disk behind a RAID/HBA adapter.
-        const std::string sas =
-            "/sys/devices/pci0000:3a/0000:3a:00.0/0000:3b:00.0/host0/port-0:0/end_device-0:0/"
-            "target0:0:0/0:0:0:0";
-        root.Write(sas + "/vendor", "SEAGATE \n");
-        root.Write(sas + "/model", "ST1200MM0099    \n");
-        root.Write(sas + "/rev", "ST31\n");
-        root.MakeDir(sas + "/block/sdb");
-        root.Link(
-            "../../devices/pci0000:3a/0000:3a:00.0/0000:3b:00.0/host0/port-0:0/end_device-0:0/target0:0:0/"
-            "0:0:0:0/block/sdb",
-            "/sys/class/block/sdb");
-        root.Link("../../../0:0:0:0", sas + "/block/sdb/device");
-
-        // Virtio disk: no model or revision.
-        root.MakeDir("/sys/devices/pci0000:00/0000:00:02.0/virtio1/block/vda");
-        root.Link("../../devices/pci0000:00/0000:00:02.0/virtio1/block/vda", "/sys/class/block/vda");
-        root.Link("../../../virtio1", "/sys/devices/pci0000:00/0000:00:02.0/virtio1/block/vda/device");
+        const std::string nvme = "/sys/devices/pci0000:00/0000:01:00.0/nvme/nvme0";
+        root.Write(nvme + "/model", "Fast NVMe 1TB          \n");
+        root.Write(nvme + "/firmware_rev", "2B2QEXM7\n");
+        root.Write(nvme + "/address", "0000:01:00.0\n");
+        root.Link("../.." + nvme.substr(4), "/sys/class/nvme/nvme0");
+        Disk(nvme + "/nvme0n1", "../../nvme0", "nvme0n1");
+        Scsi("/sys/devices/pci0000:00/0000:00:17.0/ata3/host2/target2:0:0/2:0:0:0", "ATA", "SSD <Pro> & Co",
+             "DL43", "sda");
+        root.Write(
+            "/sys/devices/pci0000:00/0000:00:17.0/ata3/host2/target2:0:0/2:0:0:0/block/sda/sda1/partition",
+            "1\n");
+        root.Link("../../devices/pci0000:00/0000:00:17.0/ata3/host2/target2:0:0/2:0:0:0/block/sda/sda1",
+                  "/sys/class/block/sda1");
+        Scsi(
+            "/sys/devices/pci0000:3a/0000:3a:00.0/0000:3b:00.0/host0/port-0:0/end_device-0:0/target0:0:0/"
+            "0:0:0:0",
+            "SEAGATE", "ST1200MM0099", "ST31", "sdb");
+        Disk("/sys/devices/pci0000:00/0000:00:02.0/virtio1/block/vda", "../../../virtio1", "vda");
     }
-    FakeRoot root;
+    // A block device at path, its device link and its class link.
+    void Disk(const std::string& path, const std::string& device, const std::string& name) {
+        root.MakeDir(path);
+        root.Link(device, path + "/device");
+        root.Link("../.." + path.substr(4), "/sys/class/block/" + name);
+    }
+    void Scsi(const std::string& path, const std::string& vendor, const std::string& model,
+              const std::string& rev, const std::string& name) {
+        root.Write(path + "/vendor", vendor + "     \n");
+        root.Write(path + "/model", model + "   \n");
+        root.Write(path + "/rev", rev + "\n");
+        Disk(path + "/block/" + name, "../../../" + path.substr(path.rfind('/') + 1), name);
+    }
+    svmtest::FakeRoot root;
 };
 
 TEST_F(StorageInventoryTest, ReportsNvmeAndScsiFirmwareAsNonPciDevices) {
-    std::string xml = Collect(root);
+    const std::string xml = Collect(CollectStorageInventory, root);
+    const char* const expected[][3] = {
+        {"NVMe.0000:01:00.0", "Fast NVMe 1TB", "2B2QEXM7"},
+        {"Disk.0000:00:17.0.ata-3", "SSD <Pro> & Co", "DL43"},  // "ATA" left out
+        {"Disk.0000:3b:00.0.scsi-0:0:0:0", "SEAGATE ST1200MM0099", "ST31"}};
     auto devices = Select(xml, "/SVMInventory/Device");
+    auto apps = Select(xml, "/SVMInventory/Device/Application[@componentType='FRMW']");
     ASSERT_EQ(3u, devices.size()) << xml;
-    EXPECT_EQ("NVMe.0000:01:00.0", devices[0]["FQDD"]);
-    EXPECT_EQ("Fast NVMe 1TB", devices[0]["display"]);
-    EXPECT_EQ("", devices[0]["componentID"]);
-    EXPECT_EQ("Disk.0000:00:17.0.ata-3", devices[1]["FQDD"]);
-    EXPECT_EQ("SSD <Pro> & Co", devices[1]["display"]);  // "ATA" vendor left out
-    EXPECT_EQ("Disk.0000:3b:00.0.scsi-0:0:0:0", devices[2]["FQDD"]);
-    EXPECT_EQ("SEAGATE ST1200MM0099", devices[2]["display"]);
-    EXPECT_EQ(0u, Select(xml, "//Device[@vendorID]").size());
-
-    auto apps = Select(xml, "/SVMInventory/Device/Application");
     ASSERT_EQ(3u, apps.size());
-    EXPECT_EQ("2B2QEXM7", apps[0]["version"]);
-    EXPECT_EQ("DL43", apps[1]["version"]);
-    EXPECT_EQ("ST31", apps[2]["version"]);
-    for (auto& app : apps) EXPECT_EQ("FRMW", app["componentType"]);
-    EXPECT_EQ(0u, Select(xml, "//SPStatus").size());
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(expected[i][0], devices[i]["FQDD"]);
+        EXPECT_EQ(expected[i][1], devices[i]["display"]);
+        EXPECT_EQ("", devices[i]["componentID"]);
+        EXPECT_EQ(expected[i][2], apps[i]["version"]);
+    }
+    EXPECT_TRUE(Failures(xml).empty());
 }
 
-TEST_F(StorageInventoryTest, UnreadableFirmwareIsReported) {
+TEST_F(StorageInventoryTest, UnreadableFirmwareOrMissingBlockClassIsReported) {
     ::unlink((root.Path() + "/sys/devices/pci0000:00/0000:01:00.0/nvme/nvme0/firmware_rev").c_str());
-    std::string xml = Collect(root);
-    auto status = Select(xml, "/SVMInventory/SPStatus[@result='false']/Message");
-    ASSERT_EQ(1u, status.size());
-    EXPECT_NE(std::string::npos, status[0]["#text"].find("firmware_rev"));
+    const std::string xml = Collect(CollectStorageInventory, root);
     EXPECT_EQ(2u, Select(xml, "//Device").size());
+    ASSERT_EQ(1u, Failures(xml).size());
+    EXPECT_NE(std::string::npos, Failures(xml)[0].find("firmware_rev"));
+    svmtest::FakeRoot empty;
+    auto failures = Failures(Collect(CollectStorageInventory, empty));
+    ASSERT_EQ(1u, failures.size());
+    EXPECT_NE(std::string::npos, failures[0].find("/sys/class/block"));
 }
 
-TEST(StorageInventoryFailureTest, MissingBlockClassIsReported) {
-    FakeRoot root;
-    auto status = Select(Collect(root), "/SVMInventory/SPStatus[@result='false']/Message");
-    ASSERT_EQ(1u, status.size());
-    EXPECT_NE(std::string::npos, status[0]["#text"].find("/sys/class/block"));
+TEST(DiskFqddTest, Builds) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"/sys/devices/pci0000:00/0000:00:17.0/ata1/host0/target0:0:0/0:0:0:0", "Disk.0000:00:17.0.ata-1"},
+        {"/sys/devices/pci0000:00/0000:00:1c.0/0000:02:00.0/host4/target4:2:1/4:2:1:0",
+         "Disk.0000:02:00.0.scsi-4:2:1:0"},
+        {"/sys/devices/platform/host3/target3:0:0/3:0:0:0", "Disk.scsi-3:0:0:0"},
+        {"/sys/devices/pci0000:00/0000:00:14.0/usb2/2-1/2-1:1.0/host6/target6:0:0/6:0:0:0",
+         "Disk.0000:00:14.0.scsi-6:0:0:0"}};
+    for (const auto& row : rows) EXPECT_EQ(row.second, DiskFqdd(row.first));
 }
-
-struct FqddCase {
-    std::string path, fqdd;
-};
-
-class DiskFqddTest : public ::testing::TestWithParam<FqddCase> {};
-
-TEST_P(DiskFqddTest, Builds) { EXPECT_EQ(GetParam().fqdd, DiskFqdd(GetParam().path)); }
-
-INSTANTIATE_TEST_SUITE_P(
-    Table, DiskFqddTest,
-    ::testing::Values(FqddCase{"/sys/devices/pci0000:00/0000:00:17.0/ata1/host0/target0:0:0/0:0:0:0",
-                               "Disk.0000:00:17.0.ata-1"},
-                      FqddCase{"/sys/devices/pci0000:00/0000:00:1c.0/0000:02:00.0/host4/target4:2:1/4:2:1:0",
-                               "Disk.0000:02:00.0.scsi-4:2:1:0"},
-                      FqddCase{"/sys/devices/platform/host3/target3:0:0/3:0:0:0", "Disk.scsi-3:0:0:0"},
-                      FqddCase{
-                          "/sys/devices/pci0000:00/0000:00:14.0/usb2/2-1/2-1:1.0/host6/target6:0:0/6:0:0:0",
-                          "Disk.0000:00:14.0.scsi-6:0:0:0"}));
 
 }  // namespace
 }  // namespace svm

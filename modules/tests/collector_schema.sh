@@ -28,6 +28,22 @@ fi
 want=$("$stage/pciinv/pciinv" 2>/dev/null | xmllint --xpath 'count(/SVMInventory/Device[Application])' -)
 got=$(xmllint --xpath "count(/SVMInventory/Device[Application/@componentType='DRVR'])" "$work/inv.xml")
 if [ "$got" = "$want" ]; then ok; else bad "$got driver records in the inventory, pciinv reports $want"; fi
+# Every PCI device in the inventory is a function sysfs has, with the ids and
+# address sysfs gives it.
+hex4() { v=$(cat "$1" 2>/dev/null) || v=0x0000; printf '%s' "${v#0x}"; }
+count=$(xmllint --xpath 'count(/SVMInventory/Device[@vendorID])' "$work/inv.xml")
+i=1
+while [ "$i" -le "$count" ]; do
+    dev="/SVMInventory/Device[@vendorID][$i]"
+    a=$(xmllint --xpath "string($dev/@enum)" "$work/inv.xml")
+    path=/sys/bus/pci/devices/$a
+    if [ -z "$a" ] || [ ! -d "$path" ]; then bad "inventory device $i ($a) is not under /sys/bus/pci/devices"; i=$((i + 1)); continue; fi
+    want="$(hex4 "$path/vendor") $(hex4 "$path/device") $(hex4 "$path/subsystem_vendor") $(hex4 "$path/subsystem_device")"
+    want="$want $(printf '%x %x %x' "0x$(echo "$a" | cut -d: -f2)" "0x$(echo "$a" | cut -d: -f3 | cut -d. -f1)" "0x$(echo "$a" | cut -d. -f2)")"
+    got=$(xmllint --xpath "concat($dev/@vendorID, ' ', $dev/@deviceID, ' ', $dev/@subVendorID, ' ', $dev/@subDeviceID, ' ', $dev/@bus, ' ', $dev/@device, ' ', $dev/@function)" "$work/inv.xml")
+    if [ "$got" = "$want" ]; then ok; else bad "$a: inventory [$got], sysfs [$want]"; fi
+    i=$((i + 1))
+done
 
 run utf16 -outc="$work/inv16.xml"
 if [ "$(head -c 2 "$work/inv16.xml" | od -An -tx1 | tr -d ' ')" = "fffe" ]; then ok; else bad "UTF-16 file without byte-order mark"; fi

@@ -2,9 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <pthread.h>
-#include <sched.h>
 
-#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <memory>
@@ -14,206 +12,112 @@
 
 namespace {
 
-// Collects the order in which tasks ran.
-class Journal {
-public:
-    void Add(int id) {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        m_ids.push_back(id);
-    }
-    std::vector<int> Ids() {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        return m_ids;
-    }
-
-private:
-    std::mutex m_mutex;
-    std::vector<int> m_ids;
+// Records the order tasks ran in; with a rendezvous count, each task also
+// waits until that many have started, which only a truly parallel pool passes.
+struct Journal {
+    std::mutex mutex;
+    std::condition_variable cv;
+    std::vector<int> ids;
+    int rendezvous = 0;
+    int timedOut = 0;
+    int policy = -1;
 };
 
-class RecordingTask : public IQVRThreadPoolTask {
+class Task : public IQVRThreadPoolTask {
 public:
-    RecordingTask(Journal& journal, int id) : m_journal(journal), m_id(id) {}
+    Task(Journal& journal, int id) : m_journal(journal), m_id(id) {}
     void Process() override {
-        m_journal.Add(m_id);
-        int policy = 0;
+        std::unique_lock<std::mutex> lock(m_journal.mutex);
+        m_journal.ids.push_back(m_id);
         sched_param param{};
-        pthread_getschedparam(pthread_self(), &policy, &param);
-        schedPolicy = policy;
-        schedPriority = param.sched_priority;
+        pthread_getschedparam(pthread_self(), &m_journal.policy, &param);
+        m_journal.cv.notify_all();
+        const auto all = [&] { return static_cast<int>(m_journal.ids.size()) >= m_journal.rendezvous; };
+        if (!m_journal.cv.wait_for(lock, std::chrono::seconds(20), all)) ++m_journal.timedOut;
     }
-    int schedPolicy = -1;
-    int schedPriority = -1;
 
 private:
     Journal& m_journal;
     int m_id;
 };
 
-std::vector<std::unique_ptr<RecordingTask>> MakeTasks(Journal& journal, int count) {
-    std::vector<std::unique_ptr<RecordingTask>> tasks;
-    for (int i = 0; i < count; ++i) tasks.emplace_back(new RecordingTask(journal, i));
-    return tasks;
-}
-
-TEST(QVRCThreadPoolTest, OneWorkerRunsTasksInQueueOrder) {
+class QVRCThreadPoolTest : public ::testing::Test {
+protected:
+    Task* T(int id) {
+        tasks.emplace_back(new Task(journal, id));
+        return tasks.back().get();
+    }
     Journal journal;
-    auto tasks = MakeTasks(journal, 50);
+    std::vector<std::unique_ptr<Task>> tasks;
+};
+
+TEST_F(QVRCThreadPoolTest, OneWorkerRunsTasksInQueueOrderAndRaisedPriorityChangesNothing) {
     QVRCThreadPool pool;
-    ASSERT_TRUE(pool.Initalize(1, false));
-    for (auto& task : tasks) ASSERT_TRUE(pool.AddToThreadPool(task.get()));
-    EXPECT_TRUE(pool.JoinToThreadPool());
+    ASSERT_TRUE(pool.Initalize(1, true));
+    EXPECT_FALSE(pool.Initalize(3, false));
     std::vector<int> expected;
-    for (int i = 0; i < 50; ++i) expected.push_back(i);
-    EXPECT_EQ(expected, journal.Ids());
+    for (int i = 0; i < 50; ++i) {
+        ASSERT_TRUE(pool.AddToThreadPool(T(i)));
+        expected.push_back(i);
+    }
+    EXPECT_TRUE(pool.JoinToThreadPool());
+    EXPECT_TRUE(pool.JoinToThreadPool());
+    EXPECT_EQ(expected, journal.ids);
+    EXPECT_EQ(SCHED_OTHER, journal.policy);
     EXPECT_TRUE(pool.GetWorkers().empty());
-    EXPECT_TRUE(pool.IsDeinitialized());
 }
 
-TEST(QVRCThreadPoolTest, JoinWaitsForEveryTaskOnEveryWorker) {
-    Journal journal;
-    auto tasks = MakeTasks(journal, 200);
+TEST_F(QVRCThreadPoolTest, WorkersRunSideBySideAndJoinWaitsForEveryTask) {
+    journal.rendezvous = 4;
     QVRCThreadPool pool;
     ASSERT_TRUE(pool.Initalize(4, false));
-    EXPECT_EQ(4u, pool.GetWorkers().size());
-    for (auto& task : tasks) pool.AddToThreadPool(task.get());
+    for (int i = 0; i < 40; ++i) pool.AddToThreadPool(T(i));
     EXPECT_TRUE(pool.JoinToThreadPool());
-    std::vector<int> ids = journal.Ids();
-    std::sort(ids.begin(), ids.end());
-    ASSERT_EQ(200u, ids.size());
-    for (int i = 0; i < 200; ++i) EXPECT_EQ(i, ids[i]);
+    EXPECT_EQ(40u, journal.ids.size());
+    EXPECT_EQ(0, journal.timedOut);
 }
 
-// Each task waits until all of them have started: only a pool that really runs
-// them side by side gets past it.
-class RendezvousTask : public IQVRThreadPoolTask {
-public:
-    struct Shared {
-        std::mutex mutex;
-        std::condition_variable cv;
-        int arrived = 0;
-        int expected = 0;
-        int timedOut = 0;
-    };
-    explicit RendezvousTask(Shared& shared) : m_shared(shared) {}
-    void Process() override {
-        std::unique_lock<std::mutex> lock(m_shared.mutex);
-        ++m_shared.arrived;
-        m_shared.cv.notify_all();
-        if (!m_shared.cv.wait_for(lock, std::chrono::seconds(20),
-                                  [&] { return m_shared.arrived >= m_shared.expected; })) {
-            ++m_shared.timedOut;
-        }
-    }
-
-private:
-    Shared& m_shared;
-};
-
-TEST(QVRCThreadPoolTest, WorkersRunTasksConcurrently) {
-    RendezvousTask::Shared shared;
-    shared.expected = 3;
-    RendezvousTask a(shared), b(shared), c(shared);
-    QVRCThreadPool pool;
-    ASSERT_TRUE(pool.Initalize(3, false));
-    pool.AddToThreadPool(&a);
-    pool.AddToThreadPool(&b);
-    pool.AddToThreadPool(&c);
-    EXPECT_TRUE(pool.JoinToThreadPool());
-    EXPECT_EQ(3, shared.arrived);
-    EXPECT_EQ(0, shared.timedOut);
-}
-
-TEST(QVRCThreadPoolTest, NullTaskStopsOneWorkerAndLaterTasksNeverRun) {
-    Journal journal;
-    auto tasks = MakeTasks(journal, 3);
+TEST_F(QVRCThreadPoolTest, NullTaskStopsTheOnlyWorkerAndLaterTasksNeverRun) {
     QVRCThreadPool pool;
     ASSERT_TRUE(pool.Initalize(1, false));
-    pool.AddToThreadPool(tasks[0].get());
+    pool.AddToThreadPool(T(0));
     EXPECT_TRUE(pool.AddToThreadPool(nullptr));
-    pool.AddToThreadPool(tasks[1].get());
-    pool.AddToThreadPool(tasks[2].get());
+    pool.AddToThreadPool(T(1));
     EXPECT_TRUE(pool.JoinToThreadPool());
-    EXPECT_EQ(std::vector<int>{0}, journal.Ids());
+    EXPECT_EQ(std::vector<int>{0}, journal.ids);
 }
 
-TEST(QVRCThreadPoolTest, ZeroThreadsInitialisesAndNeverRunsTasks) {
-    Journal journal;
-    auto tasks = MakeTasks(journal, 2);
-    QVRCThreadPool pool;
-    EXPECT_TRUE(pool.Initalize(0, false));
-    EXPECT_TRUE(pool.IsInitialized());
-    EXPECT_TRUE(pool.AddToThreadPool(tasks[0].get()));
-    EXPECT_TRUE(pool.AddToThreadPool(tasks[1].get()));
-    EXPECT_TRUE(pool.JoinToThreadPool());
-    EXPECT_TRUE(pool.JoinToThreadPool());
-    EXPECT_TRUE(journal.Ids().empty());
-}
-
-TEST(QVRCThreadPoolTest, UninitialisedPoolRefusesTasksAndJoin) {
-    Journal journal;
-    RecordingTask task(journal, 1);
-    QVRCThreadPool pool;
-    EXPECT_FALSE(pool.AddToThreadPool(&task));
-    EXPECT_FALSE(pool.AddToThreadPool(nullptr));
-    EXPECT_FALSE(pool.JoinToThreadPool());
-    EXPECT_TRUE(pool.Initalize(1, false));
-    EXPECT_TRUE(pool.JoinToThreadPool());
-    EXPECT_TRUE(journal.Ids().empty());
-}
-
-TEST(QVRCThreadPoolTest, SecondInitaliseIsRefusedAndSecondJoinReturnsTrue) {
-    Journal journal;
-    auto tasks = MakeTasks(journal, 1);
-    QVRCThreadPool pool;
-    ASSERT_TRUE(pool.Initalize(2, false));
-    EXPECT_FALSE(pool.Initalize(3, false));
-    EXPECT_EQ(2u, pool.GetThreadCount());
-    pool.AddToThreadPool(tasks[0].get());
-    EXPECT_TRUE(pool.JoinToThreadPool());
-    EXPECT_TRUE(pool.JoinToThreadPool());
-    EXPECT_EQ(std::vector<int>{0}, journal.Ids());
-}
-
-TEST(QVRCThreadPoolTest, RaisedPriorityRequestLeavesWorkersAtNormalPriority) {
-    Journal journal;
-    auto tasks = MakeTasks(journal, 2);
-    QVRCThreadPool pool;
-    ASSERT_TRUE(pool.Initalize(2, true));
-    for (auto& task : tasks) pool.AddToThreadPool(task.get());
-    ASSERT_TRUE(pool.JoinToThreadPool());
-    for (auto& task : tasks) {
-        EXPECT_EQ(SCHED_OTHER, task->schedPolicy);
-        EXPECT_EQ(0, task->schedPriority);
-    }
-}
-
-TEST(QVRCThreadPoolTest, DestructorFinishesARunningPool) {
-    Journal journal;
-    auto tasks = MakeTasks(journal, 10);
-    {
-        QVRCThreadPool pool;
-        ASSERT_TRUE(pool.Initalize(2, false));
-        for (auto& task : tasks) pool.AddToThreadPool(task.get());
-    }
-    EXPECT_EQ(10u, journal.Ids().size());
-}
-
-class ThrowingTask : public IQVRThreadPoolTask {
-public:
-    void Process() override { throw std::runtime_error("task failed"); }
-};
-
-TEST(QVRCThreadPoolTest, ThrowingTaskEndsItsWorkerAndTheQueueStaysUnrun) {
-    Journal journal;
-    auto tasks = MakeTasks(journal, 1);
-    ThrowingTask thrower;
+TEST_F(QVRCThreadPoolTest, ThrowingTaskEndsItsWorker) {
+    struct Thrower : IQVRThreadPoolTask {
+        void Process() override { throw std::runtime_error("task failed"); }
+    } thrower;
     QVRCThreadPool pool;
     ASSERT_TRUE(pool.Initalize(1, false));
     pool.AddToThreadPool(&thrower);
-    pool.AddToThreadPool(tasks[0].get());
+    pool.AddToThreadPool(T(0));
     EXPECT_TRUE(pool.JoinToThreadPool());
-    EXPECT_TRUE(journal.Ids().empty());
+    EXPECT_TRUE(journal.ids.empty());
+}
+
+TEST_F(QVRCThreadPoolTest, ZeroThreadsOrNoInitaliseNeverRunTasks) {
+    QVRCThreadPool none;
+    EXPECT_FALSE(none.AddToThreadPool(T(0)));
+    EXPECT_FALSE(none.JoinToThreadPool());
+    QVRCThreadPool zero;
+    EXPECT_TRUE(zero.Initalize(0, false));
+    EXPECT_TRUE(zero.AddToThreadPool(T(1)));
+    EXPECT_TRUE(zero.JoinToThreadPool());
+    EXPECT_TRUE(zero.JoinToThreadPool());
+    EXPECT_TRUE(journal.ids.empty());
+}
+
+TEST_F(QVRCThreadPoolTest, DestructorFinishesARunningPool) {
+    {
+        QVRCThreadPool pool;
+        ASSERT_TRUE(pool.Initalize(2, false));
+        for (int i = 0; i < 10; ++i) pool.AddToThreadPool(T(i));
+    }
+    EXPECT_EQ(10u, journal.ids.size());
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include "OutputTestSupport.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -10,25 +9,16 @@
 #include <iostream>
 #include <sstream>
 #include <stdexcept>
-#include <vector>
 
 #include "QVROutputClock.h"
 
 namespace outtest {
 
-namespace {
-std::time_t FixedNow() { return kFixedTime; }
-}  // namespace
-
-FixedClock::FixedClock() : m_hadTZ(false) {
-    const char* tz = std::getenv("TZ");
-    if (tz != nullptr) {
-        m_hadTZ = true;
-        m_oldTZ = tz;
-    }
+FixedClock::FixedClock() : m_hadTZ(std::getenv("TZ") != nullptr) {
+    if (m_hadTZ) m_oldTZ = std::getenv("TZ");
     setenv("TZ", "UTC", 1);
     tzset();
-    QVROutputClock::SetSource(&FixedNow);
+    QVROutputClock::SetSource([] { return static_cast<std::time_t>(1456827725); });
 }
 
 FixedClock::~FixedClock() {
@@ -42,10 +32,8 @@ FixedClock::~FixedClock() {
 
 TempDir::TempDir() {
     std::string pattern = std::filesystem::temp_directory_path().string() + "/qvr_output_XXXXXX";
-    std::vector<char> buffer(pattern.begin(), pattern.end());
-    buffer.push_back('\0');
-    if (mkdtemp(buffer.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
-    m_path = buffer.data();
+    if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
+    m_path = pattern;
 }
 
 TempDir::~TempDir() {
@@ -53,61 +41,43 @@ TempDir::~TempDir() {
     std::filesystem::remove_all(m_path, ignored);
 }
 
-StdoutCapture::StdoutCapture() : m_savedFd(-1), m_done(false) {
-    std::string pattern = std::filesystem::temp_directory_path().string() + "/qvr_stdout_XXXXXX";
-    std::vector<char> buffer(pattern.begin(), pattern.end());
-    buffer.push_back('\0');
-    const int fd = mkstemp(buffer.data());
+std::string CaptureStdout(const std::function<void()>& action) {
+    std::string path = std::filesystem::temp_directory_path().string() + "/qvr_stdout_XXXXXX";
+    const int fd = mkstemp(path.data());
     if (fd < 0) throw std::runtime_error("mkstemp failed");
-    m_path = buffer.data();
     std::cout.flush();
     std::fflush(stdout);
-    m_savedFd = dup(STDOUT_FILENO);
+    const int saved = dup(STDOUT_FILENO);
     dup2(fd, STDOUT_FILENO);
     close(fd);
-}
-
-std::string StdoutCapture::Finish() {
-    if (m_done) return std::string();
+    action();
     std::cout.flush();
     std::fflush(stdout);
-    dup2(m_savedFd, STDOUT_FILENO);
-    close(m_savedFd);
-    m_done = true;
-    const std::string text = ReadFile(m_path);
-    std::remove(m_path.c_str());
+    dup2(saved, STDOUT_FILENO);
+    close(saved);
+    const std::string text = ReadFile(path);
+    std::remove(path.c_str());
     return text;
 }
 
-StdoutCapture::~StdoutCapture() { Finish(); }
-
 std::string ReadFile(const std::string& path) {
-    std::ifstream file(path.c_str(), std::ios::in | std::ios::binary);
     std::ostringstream content;
-    content << file.rdbuf();
+    content << std::ifstream(path, std::ios::binary).rdbuf();
     return content.str();
 }
 
 bool FileExists(const std::string& path) { return std::filesystem::exists(path); }
 
-void WriteFile(const std::string& path, const std::string& content) {
-    std::ofstream file(path.c_str(), std::ios::out | std::ios::binary | std::ios::trunc);
-    file << content;
-}
-
 std::string Utf16LeWithBom(const std::string& ascii) {
     std::string bytes("\xFF\xFE", 2);
-    for (char c : ascii) {
-        bytes.push_back(c);
-        bytes.push_back('\0');
-    }
+    for (char c : ascii) bytes += std::string{c, '\0'};
     return bytes;
 }
 
-CDeviceInfo* MakePCIDevice(const std::string& display, const std::string& componentID, const std::string& enumId,
-                           unsigned char bus, unsigned char device, unsigned char function) {
-    CDeviceInfo* record = new CDeviceInfo();
-    record->setStatus(QVR_STATUS_SUCCESS);
+CDeviceInfo* MakePCIDevice(const std::string& display, const std::string& componentID,
+                           const std::string& enumId, unsigned char bus, unsigned char device,
+                           unsigned char function) {
+    CDeviceInfo* record = MakeNonPCIDevice("NOT-USED-FOR-PCI", "NOT-USED-EITHER", enumId, "");
     record->setDeviceType(QVR_DEVICE_PCI);
     SPCIInfo pci;
     pci.componentID = componentID;
@@ -118,17 +88,14 @@ CDeviceInfo* MakePCIDevice(const std::string& display, const std::string& compon
     pci.display = display;
     record->setPCIInfo(pci);
     record->setBDFInfo(bus, device, function);
-    record->setEnumId(enumId);
-    record->setDeviceName("NOT-USED-FOR-PCI");
-    record->setComponentID("NOT-USED-EITHER");
     record->setDisplay("DISPLAY");
     record->setVersion("16.5.0");
     record->setComponentType("FRMW");
     return record;
 }
 
-CDeviceInfo* MakeNonPCIDevice(const std::string& name, const std::string& componentID, const std::string& enumId,
-                              const std::string& fqdd) {
+CDeviceInfo* MakeNonPCIDevice(const std::string& name, const std::string& componentID,
+                              const std::string& enumId, const std::string& fqdd) {
     CDeviceInfo* record = new CDeviceInfo();
     record->setStatus(QVR_STATUS_SUCCESS);
     record->setDeviceType(QVR_DEVICE_NONPCI);

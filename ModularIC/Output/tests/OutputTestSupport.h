@@ -1,7 +1,7 @@
 #ifndef OUTPUTTESTSUPPORT_H
 #define OUTPUTTESTSUPPORT_H
 
-#include <ctime>
+#include <functional>
 #include <string>
 
 #include "CDeviceInfo.h"
@@ -10,11 +10,7 @@
 
 namespace outtest {
 
-// 2016-03-01 10:22:05 in UTC.
-const std::time_t kFixedTime = 1456827725;
-const char* const kFixedStamp = "2016-03-01 10:22:05";
-
-// Installs the fixed clock and the UTC time zone for the life of the object.
+// Installs a clock fixed at 2016-03-01 10:22:05 UTC and the UTC zone for the life of the object.
 class FixedClock {
 public:
     FixedClock();
@@ -36,31 +32,19 @@ private:
     std::string m_path;
 };
 
-// Redirects file descriptor 1 into a temporary file between construction and
-// Finish(), flushing stdio and iostreams on both edges.
-class StdoutCapture {
-public:
-    StdoutCapture();
-    ~StdoutCapture();
-    std::string Finish();
-
-private:
-    int m_savedFd;
-    std::string m_path;
-    bool m_done;
-};
-
+// Everything written to descriptor 1 while action runs.
+std::string CaptureStdout(const std::function<void()>& action);
 std::string ReadFile(const std::string& path);
 bool FileExists(const std::string& path);
-void WriteFile(const std::string& path, const std::string& content);
 // The bytes a UTF-16LE encoder with a byte-order mark makes of ASCII text.
 std::string Utf16LeWithBom(const std::string& ascii);
 
 // Records as the data model files them.
-CDeviceInfo* MakePCIDevice(const std::string& display, const std::string& componentID, const std::string& enumId,
-                           unsigned char bus, unsigned char device, unsigned char function);
-CDeviceInfo* MakeNonPCIDevice(const std::string& name, const std::string& componentID, const std::string& enumId,
-                              const std::string& fqdd);
+CDeviceInfo* MakePCIDevice(const std::string& display, const std::string& componentID,
+                           const std::string& enumId, unsigned char bus, unsigned char device,
+                           unsigned char function);
+CDeviceInfo* MakeNonPCIDevice(const std::string& name, const std::string& componentID,
+                              const std::string& enumId, const std::string& fqdd);
 CDeviceInfo* MakeError(const std::string& display, const std::string& message);
 void AddOperatingSystem(QVRDataModel& model, bool full);
 void AddSystem(QVRDataModel& model, const std::string& systemID);
