@@ -76,6 +76,7 @@ CQVRController::CQVRController(CLockManager* lockManager)
 CQVRController::~CQVRController() {
     delete m_pICInvoker;
     delete m_pDataModelManager;
+    QVROutputterManager::ReleaseInstance();
     delete m_pDataModel;
     delete m_pModuleList;
     // Only a descriptor this process locked is released: releasing removes the file.

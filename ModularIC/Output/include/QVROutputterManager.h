@@ -26,6 +26,9 @@ public:
     bool WriteProgress(QVRArgumentList* arguments, int total, int completed);
     // Deletes the held factory and the instance; GetInstance then makes a new one.
     void Release();
+    // Releases the instance if there is one. Its factory points at the data
+    // model it wrote, so whoever deletes that model calls this first.
+    static void ReleaseInstance();
 
     IQVRFactory* GetFactory() const { return m_pFactory; }
 

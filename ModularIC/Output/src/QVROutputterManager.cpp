@@ -70,6 +70,10 @@ bool QVROutputterManager::WriteProgress(QVRArgumentList* arguments, int total, i
     return true;
 }
 
+void QVROutputterManager::ReleaseInstance() {
+    if (m_pOutputterManager != nullptr) m_pOutputterManager->Release();
+}
+
 void QVROutputterManager::Release() {
     if (m_pOutputterManager == this) m_pOutputterManager = nullptr;
     delete this;
