@@ -2,146 +2,81 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <string>
 
 #include "BQMEnvironmentInfo.h"
 #include "BQMLXOSProbe.h"
 #include "BaseUtilsTestSupport.h"
-#include "IBQMOSProbe.h"
 
 namespace {
 
-const char* const kRelease = "/etc/vmware-release";
-
-// A file system of whole-file texts plus a uname answer.
-class FakeOSProbe : public IBQMOSProbe {
-  public:
+// "/etc/vmware-release" (absent when release is null) and uname's system name.
+struct FakeOSProbe : IBQMOSProbe {
+    FakeOSProbe(const char* release, const char* sysname, bool unameWorks = true)
+        : release(release), sysname(sysname), unameWorks(unameWorks) {}
     bool FileExists(const std::string& path) override {
         ++existsCalls;
-        return files.count(path) != 0;
+        return release != nullptr && path == "/etc/vmware-release";
     }
     bool ReadFirstLine(const std::string& path, std::size_t maxCharacters, std::string& line) override {
-        const auto it = files.find(path);
-        if (it == files.end()) return false;
-        line = it->second.substr(0, it->second.find('\n')).substr(0, maxCharacters);
+        if (!FileExists(path)) return false;
+        line = std::string(release).substr(0, std::string(release).find('\n')).substr(0, maxCharacters);
         return true;
     }
-    bool Uname(std::string& systemName, std::string& release) override {
-        if (!unameWorks) return false;
+    bool Uname(std::string& systemName, std::string& version) override {
         systemName = sysname;
-        release = "6.1.0-18-amd64";
-        return true;
+        version = "6.1.0-18-amd64";
+        return unameWorks;
     }
-
-    std::map<std::string, std::string> files;
-    std::string sysname = "Linux";
-    bool unameWorks = true;
+    const char *release, *sysname;
+    bool unameWorks;
     int existsCalls = 0;
 };
 
-struct HostCase {
-    const char* name;
-    const char* releaseFile;  // null: no such file
-    const char* sysname;
-    bool unameWorks;
-    int expectedCode;
-    bool expectedResult;
-};
-
-class BQMLXOperatingSystemVersionTest : public ::testing::TestWithParam<HostCase> {};
-
-TEST_P(BQMLXOperatingSystemVersionTest, IdentifiesTheHost) {
-    const HostCase& c = GetParam();
-    FakeOSProbe probe;
-    if (c.releaseFile != nullptr) probe.files[kRelease] = c.releaseFile;
-    probe.sysname = c.sysname;
-    probe.unameWorks = c.unameWorks;
-    BQMLXOperatingSystemVersion version(&probe);
-    EXPECT_EQ(version.GetOSName(), 0);
-    EXPECT_EQ(version.Initialize(), c.expectedResult);
-    EXPECT_EQ(version.GetOSName(), c.expectedCode);
-    EXPECT_EQ(version.GetOSArch(), 0);
-    EXPECT_EQ(version.GetOSType(), 0);
-    EXPECT_EQ(version.GetOSVendorName(), 0);
+TEST(BQMLXOperatingSystemVersionTest, EsxIs18EsxiIs19AndAnythingElse0) {
+    const std::string longLine = std::string(1020, 'x') + "VMware ESX 4\n";
+    // clang-format off
+    const struct { const char *release, *sysname; bool unameWorks; int code; } cases[] = {
+        {nullptr, "Linux", true, 0}, {"VMware ESX Server 3", "Linux", true, 18},
+        {"VMware ESX 4.1.0 (Kandinsky) build 260247\n", "Linux", true, 18},
+        {"Some release\nVMware ESX 4.1.0\n", "Linux", true, 0},  // only the first line counts
+        {longLine.c_str(), "Linux", true, 0},  // only the first 1024 characters count
+        {"VMware Workstation\n", "Linux", true, 0}, {nullptr, "VMkernel2", true, 0},
+        {nullptr, "VMkernel", true, 19}, {nullptr, "vmkernel", true, 19}, {"VMware ESX 4\n", "VMKERNEL", true, 19},
+        {"VMware ESX 4\n", "VMkernel", false, 18}, {nullptr, "VMkernel", false, 0}};  // a failed uname is unread
+    // clang-format on
+    for (const auto& c : cases) {
+        FakeOSProbe probe(c.release, c.sysname, c.unameWorks);
+        BQMLXOperatingSystemVersion version(&probe);
+        SCOPED_TRACE(std::string(c.sysname) + " / " + (c.release ? c.release : "no release file"));
+        EXPECT_EQ(version.Initialize(), c.code != 0);
+        EXPECT_EQ(version.GetOSName(), c.code);
+        EXPECT_EQ(version.GetOSArch() + version.GetOSType() + version.GetOSVendorName(), 0);
+        EXPECT_EQ(version.GetVendorVersion(), "6.5");
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Hosts, BQMLXOperatingSystemVersionTest,
-    ::testing::Values(HostCase{"PlainLinux", nullptr, "Linux", true, 0, false},
-                      HostCase{"Esx", "VMware ESX 4.1.0 (Kandinsky) build 260247\n", "Linux", true, 18, true},
-                      HostCase{"EsxWithoutNewline", "VMware ESX Server 3", "Linux", true, 18, true},
-                      HostCase{"EsxWordsOnLaterLineOnly", "Some release\nVMware ESX 4.1.0\n", "Linux", true,
-                               0, false},
-                      HostCase{"ReleaseFileWithOtherText", "VMware Workstation\n", "Linux", true, 0, false},
-                      HostCase{"EsxiUpperCase", nullptr, "VMkernel", true, 19, true},
-                      HostCase{"EsxiLowerCase", nullptr, "vmkernel", true, 19, true},
-                      HostCase{"EsxiOverridesEsx", "VMware ESX 4.1.0\n", "VMKERNEL", true, 19, true},
-                      HostCase{"KernelNameMustMatchWhole", nullptr, "VMkernel2", true, 0, false},
-                      HostCase{"UnameFailsAfterEsx", "VMware ESX 4.1.0\n", "VMkernel", false, 18, true},
-                      HostCase{"UnameFailsOnLinux", nullptr, "VMkernel", false, 0, false}),
-    [](const ::testing::TestParamInfo<HostCase>& info) { return std::string(info.param.name); });
-
-TEST(BQMLXOperatingSystemVersionOtherTest, ReadsOnlyTheFirst1024CharactersOfTheLine) {
-    FakeOSProbe probe;
-    probe.files[kRelease] = std::string(1020, 'x') + "VMware ESX 4\n";
-    BQMLXOperatingSystemVersion version(&probe);
-    EXPECT_FALSE(version.Initialize());
-    EXPECT_EQ(version.GetOSName(), 0);
-}
-
-TEST(BQMLXOperatingSystemVersionOtherTest, VendorVersionIsAlwaysSixPointFive) {
-    FakeOSProbe probe;
-    BQMLXOperatingSystemVersion version(&probe);
-    EXPECT_EQ(version.GetVendorVersion(), "6.5");
-    version.Initialize();
-    EXPECT_EQ(version.GetVendorVersion(), "6.5");
-    EXPECT_EQ(version.GetVersion(), "6.1.0-18-amd64");
-}
-
-TEST(BQMEnvironmentInfoTest, InitializeCreatesOneObjectAndReturnsTrueOnPlainLinux) {
-    FakeOSProbe probe;
-    BQMEnvironmentInfo info(&probe);
+TEST(BQMEnvironmentInfoTest, InitializeCreatesOneVersionObjectAndIsTrueOnPlainLinux) {
+    FakeOSProbe linuxHost(nullptr, "Linux");
+    BQMEnvironmentInfo info(&linuxHost);
     EXPECT_EQ(info.GetOSVersion(), nullptr);
-    EXPECT_EQ(info.GetOSName(), 0);
     ASSERT_TRUE(info.Initialize());
     BQMOperatingSystemVersion* first = info.GetOSVersion();
-    ASSERT_NE(first, nullptr);
-    EXPECT_EQ(info.GetOSName(), 0);
-    const int calls = probe.existsCalls;
+    const int calls = linuxHost.existsCalls;
     EXPECT_TRUE(info.Initialize());
-    EXPECT_EQ(info.GetOSVersion(), first);
-    EXPECT_EQ(probe.existsCalls, calls);
+    EXPECT_TRUE(info.GetOSVersion() == first && linuxHost.existsCalls == calls && info.GetOSName() == 0);
 }
 
-TEST(BQMEnvironmentInfoTest, ReportsTheCodesOfTheVersionObject) {
-    FakeOSProbe probe;
-    probe.sysname = "vmkernel";
-    BQMEnvironmentInfo info(&probe);
-    ASSERT_TRUE(info.Initialize());
-    EXPECT_EQ(info.GetOSName(), BQM_OS_NAME_ESXI);
-    EXPECT_EQ(info.GetOSArch(), 0);
-    EXPECT_EQ(info.GetOSType(), 0);
-    EXPECT_EQ(info.GetOSVendorName(), 0);
-}
-
-TEST(BQMLXOSProbeTest, RealProbeReadsFirstLineAndUname) {
+TEST(BQMLXOSProbeTest, RealProbeReadsAtMostTheFirstLineAndUname) {
     ScopedTempDir dir;
-    const std::string path = dir.File("release");
-    WriteWholeFile(path, "first line\nsecond line\n");
+    WriteWholeFile(dir.File("release"), "first line\nsecond line\n");
     BQMLXOSProbe probe;
-    EXPECT_TRUE(probe.FileExists(path));
+    std::string line, sysname, release;
     EXPECT_FALSE(probe.FileExists(dir.File("missing")));
-    std::string line;
-    ASSERT_TRUE(probe.ReadFirstLine(path, 1024, line));
-    EXPECT_EQ(line, "first line");
-    ASSERT_TRUE(probe.ReadFirstLine(path, 5, line));
+    ASSERT_TRUE(probe.ReadFirstLine(dir.File("release"), 5, line));
     EXPECT_EQ(line, "first");
-    EXPECT_FALSE(probe.ReadFirstLine(dir.File("missing"), 1024, line));
-    std::string sysname, release;
-    ASSERT_TRUE(probe.Uname(sysname, release));
-    EXPECT_EQ(sysname, "Linux");
-    EXPECT_FALSE(release.empty());
+    ASSERT_TRUE(probe.ReadFirstLine(dir.File("release"), 1024, line) && probe.Uname(sysname, release));
+    EXPECT_EQ(line + "/" + sysname, "first line/Linux");
 }
 
 }  // namespace

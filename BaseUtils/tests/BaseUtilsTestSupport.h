@@ -1,6 +1,11 @@
 #ifndef BASEUTILSTESTSUPPORT_H
 #define BASEUTILSTESTSUPPORT_H
 
+#include <stdlib.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -10,11 +15,14 @@
 // A fresh directory under /tmp, removed with everything in it on destruction.
 class ScopedTempDir {
   public:
-    ScopedTempDir();
-    ~ScopedTempDir();
-    ScopedTempDir(const ScopedTempDir&) = delete;
-    ScopedTempDir& operator=(const ScopedTempDir&) = delete;
-
+    ScopedTempDir() {
+        char pattern[] = "/tmp/baseutils_test_XXXXXX";
+        if (mkdtemp(pattern) != nullptr) mPath = pattern;
+    }
+    ~ScopedTempDir() {
+        std::error_code ignored;
+        if (!mPath.empty()) std::filesystem::remove_all(mPath, ignored);
+    }
     const std::string& Path() const { return mPath; }
     std::string File(const std::string& name) const { return mPath + "/" + name; }
 
@@ -22,51 +30,43 @@ class ScopedTempDir {
     std::string mPath;
 };
 
-// Sends file descriptor 2 to a temporary file until Release (or destruction).
-class ScopedStderrCapture {
-  public:
-    ScopedStderrCapture();
-    ~ScopedStderrCapture();
-    // Restores standard error and returns what was written meanwhile.
-    std::string Release();
-
-  private:
-    int mSaved;
-    std::string mFile;
-};
-
-// Records shell commands instead of running them.
+// Records shell commands and sleeps instead of running them; installed in
+// CPlatformLayer for its lifetime.
 class FakePlatformImpl : public IPlatformImpl {
   public:
-    std::string GetCurrentDirectory() override { return directory; }
-    bool SetCurrentDirectory(const std::string& dir) override {
-        directory = dir;
-        return true;
-    }
+    FakePlatformImpl() : mPrevious(CPlatformLayer::SetImplForTesting(this)) {}
+    ~FakePlatformImpl() override { CPlatformLayer::SetImplForTesting(mPrevious); }
+    std::string GetCurrentDirectory() override { return "/fake"; }
+    bool SetCurrentDirectory(const std::string&) override { return false; }
     int RunShellCommand(const std::string& command) override {
         commands.push_back(command);
         return shellStatus;
     }
     void SleepMilliseconds(unsigned long milliseconds) override { sleeps.push_back(milliseconds); }
 
-    std::string directory = "/";
     std::vector<std::string> commands;
     std::vector<unsigned long> sleeps;
     int shellStatus = 0;
-};
-
-// Installs an implementation in CPlatformLayer for the guard's lifetime.
-class ScopedPlatformImpl {
-  public:
-    explicit ScopedPlatformImpl(IPlatformImpl* impl) : mPrevious(CPlatformLayer::SetImplForTesting(impl)) {}
-    ~ScopedPlatformImpl() { CPlatformLayer::SetImplForTesting(mPrevious); }
 
   private:
     IPlatformImpl* mPrevious;
 };
 
-std::string ReadWholeFile(const std::string& path);
-void WriteWholeFile(const std::string& path, const std::string& content);
-std::vector<std::string> SplitLines(const std::string& text);
+inline std::string ReadWholeFile(const std::string& path) {
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text.str();
+}
+
+inline void WriteWholeFile(const std::string& path, const std::string& content) {
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << content;
+}
+
+inline std::vector<std::string> SplitLines(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) lines.push_back(line);
+    return lines;
+}
 
 #endif

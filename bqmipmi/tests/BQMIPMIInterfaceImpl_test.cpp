@@ -2,174 +2,154 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <regex>
 #include <string>
 #include <vector>
 
 #include "BQMIPMISession.h"
 #include "BQMIPMISessionHandler.h"
-#include "FakeIPMIDevice.h"
-#include "FakePlatform.h"
-#include "ScopedWorkingDirectory.h"
+#include "BQMLogger.h"
+#include "IPMITestSupport.h"
+#include "InitializeBQMLogger.h"
 
 namespace {
-
-typedef FakeIPMIDevice::ReceiveStep ReceiveStep;
 
 class BQMIPMIInterfaceImplTest : public ::testing::Test {
   protected:
     void SetUp() override {
         ASSERT_TRUE(directory.Ok());
-        BQMIPMISession::SetConfigurationFileName(
-            BQMString("BQMIPMIConfig.xml", BQMString::BQM_ENCODING_UTF8));
-        device.openable["/dev/ipmi0"] = FakeIPMIDevice::kFd;
-        std::memset(&request, 0, sizeof(request));
-        request.requestLength = 2;
-        request.requestBuffer[0] = 0x30;
-        request.requestBuffer[1] = 0xBD;
-        request.responseLength = 9;
+        BQMIPMISession::SetConfigurationFileName(BQMString("BQMIPMIConfig.xml"));
     }
-    void TearDown() override { BQMIPMISessionHandler::DestroyInstance(); }
+    void TearDown() override {
+        BQMLogger::Terminate();
+        BQMIPMISessionHandler::DestroyInstance();
+    }
 
     ScopedWorkingDirectory directory;
     FakePlatform platform;
     FakeIPMIDevice device;
     _BQMIPMIConfiguration generationConfig = {60, 5, 5, 50, 0, 0};
-    _BQMIPMICommandData request;
+    _BQMIPMICommandData request = GenerationRequest();
+    BQMIPMIInterfaceImpl library;
 };
 
-TEST_F(BQMIPMIInterfaceImplTest, NullRequestAnswers257) {
-    BQMIPMIInterfaceImpl library;
-    ASSERT_EQ(0, library.Initialize(&generationConfig));
-    EXPECT_EQ(257, library.IPMIRequest(nullptr));
-    EXPECT_TRUE(device.sent.empty());
-    library.Release();
-}
-
-TEST_F(BQMIPMIInterfaceImplTest, RequestWithoutInitializeDoesNotTouchTheDevice) {
-    BQMIPMIInterfaceImpl library;
-    EXPECT_EQ(257, library.IPMIRequest(&request));
-    EXPECT_TRUE(device.opened.empty());
-}
-
-TEST_F(BQMIPMIInterfaceImplTest, SuccessfulRequestFillsTheResponseAndReleaseClosesTheDevice) {
-    device.defaultAnswer = FakeIPMIDevice::GenerationAnswer(0x00, 0x41);
-    BQMIPMIInterfaceImpl library;
-    ASSERT_EQ(0, library.Initialize(&generationConfig));
-    EXPECT_EQ(3u, platform.commands.size());  // the three module checks
-
-    EXPECT_EQ(0, library.IPMIRequest(&request));
-    EXPECT_EQ(0x00, request.responseBuffer[2]);
-    EXPECT_EQ(0x41, request.responseBuffer[8]);
-    EXPECT_EQ(9u, request.responseLength);
-    EXPECT_EQ(nullptr, request.configuration);
-
-    EXPECT_EQ(0, library.Release());
-    EXPECT_EQ(std::vector<int>{FakeIPMIDevice::kFd}, device.closed);
-    EXPECT_EQ(3u, platform.commands.size());
+TEST_F(BQMIPMIInterfaceImplTest, RequestFillsTheResponseAndReleaseClosesTheDeviceWithoutLogging) {
+    EXPECT_EQ(library.IPMIRequest(&request), 257);  // before Initialize
+    device.defaultAnswer = FakeIPMIDevice::Generation(0x00, 0x41);
+    ASSERT_EQ(library.Initialize(&generationConfig), 0);
+    EXPECT_EQ(library.IPMIRequest(nullptr), 257);
+    EXPECT_EQ(library.IPMIRequest(&request), 0);
+    EXPECT_EQ(request.responseBuffer[2], 0x00);
+    EXPECT_EQ(request.responseBuffer[8], 0x41);
+    EXPECT_EQ(request.responseLength, 9u);
+    EXPECT_EQ(library.Release(), 0);
+    EXPECT_EQ(device.closed, std::vector<int>{FakeIPMIDevice::kFd});
+    EXPECT_EQ(device.sent.size(), 1u);
+    EXPECT_EQ(platform.commands.size(), 3u);  // the module checks
     EXPECT_TRUE(platform.sleeps.empty());
+    EXPECT_FALSE(InitializeBQMLogger());  // no marker file: no log files
+    EXPECT_FALSE(std::filesystem::exists("bqmipmi_internal.log") || std::filesystem::exists("bqmipmi.log"));
 }
 
-TEST_F(BQMIPMIInterfaceImplTest, DriversThatCannotBeLoadedFailFastAndLeaveNothingToUnload) {
+TEST_F(BQMIPMIInterfaceImplTest, NoDriverOrNoDeviceFailsInitializeAndLoadedDriversAreUnloadedOnRelease) {
     platform.defaultStatus = FakePlatform::kNotFound;
-    BQMIPMIInterfaceImpl library;
-    EXPECT_EQ(1, library.Initialize(&generationConfig));
-    EXPECT_EQ(6u, platform.commands.size());
-    EXPECT_TRUE(device.opened.empty());
+    EXPECT_EQ(library.Initialize(&generationConfig), 1);
+    EXPECT_EQ(library.IPMIRequest(&request), 257);
+    EXPECT_EQ(library.Release(), 1);  // the low byte of 257: no session was opened
+    EXPECT_EQ(platform.commands.size(), 6u);
+    EXPECT_TRUE(device.opened.empty() && platform.sleeps.empty());
 
-    EXPECT_EQ(257, library.IPMIRequest(&request));
-    EXPECT_EQ(1, library.Release());  // no session was opened
-    EXPECT_EQ(6u, platform.commands.size());
-    EXPECT_TRUE(platform.sleeps.empty());
-    EXPECT_TRUE(device.opened.empty());
-}
-
-TEST_F(BQMIPMIInterfaceImplTest, DriversLoadedByTheLibraryAreUnloadedOnRelease) {
-    platform.statuses = {{"lsmod", 256}};
-    BQMIPMIInterfaceImpl library;
-    ASSERT_EQ(0, library.Initialize(&generationConfig));
-    ASSERT_EQ(0, library.IPMIRequest(&request));
-    platform.events.clear();
-    library.Release();
-    EXPECT_EQ((std::vector<std::string>{"sleep 3000", "rmmod ipmi_si > /dev/null 2>&1 ", "sleep 3000",
-                                        "rmmod ipmi_devintf > /dev/null 2>&1 ", "sleep 3000",
-                                        "rmmod ipmi_msghandler > /dev/null 2>&1 "}),
-              platform.events);
-}
-
-TEST_F(BQMIPMIInterfaceImplTest, AbsentDeviceGives257AfterFiveOpenPasses) {
+    platform.defaultStatus = 0;
     device.openable.clear();
-    BQMIPMIInterfaceImpl library;
     testing::internal::CaptureStderr();
-    EXPECT_EQ(257, library.Initialize(&generationConfig));
-    EXPECT_EQ("Can't open IPMI device\n", testing::internal::GetCapturedStderr());
-    EXPECT_EQ(std::vector<unsigned long>(5, 1000), platform.sleeps);
-    EXPECT_EQ(257, library.IPMIRequest(&request));
-    EXPECT_EQ(15u, device.opened.size());
-    library.Release();
+    EXPECT_EQ(library.Initialize(&generationConfig), 257);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Can't open IPMI device\n");
+    EXPECT_EQ(library.IPMIRequest(&request), 257);
+    EXPECT_EQ(device.opened.size(), 15u);
+
+    device.openable = {"/dev/ipmi0"};
+    FakePlatform shell;
+    shell.statuses = {{"lsmod", 256}};
+    BQMIPMIInterfaceImpl loading;
+    ASSERT_EQ(loading.Initialize(&generationConfig) + loading.IPMIRequest(&request), 0);
+    shell.commands.clear();
+    loading.Release();
+    EXPECT_EQ(shell.commands, (std::vector<std::string>{"rmmod ipmi_si > /dev/null 2>&1 ",
+                                                        "rmmod ipmi_devintf > /dev/null 2>&1 ",
+                                                        "rmmod ipmi_msghandler > /dev/null 2>&1 "}));
 }
 
-TEST_F(BQMIPMIInterfaceImplTest, WithoutConfigurationFileTheGivenTimingApplies) {
-    device.defaultAnswer = {0xC0};
-    _BQMIPMIConfiguration config = {60, 5, 3, 7, 0, 0};
-    BQMIPMIInterfaceImpl library;
-    ASSERT_EQ(0, library.Initialize(&config));
-    EXPECT_EQ(0, library.IPMIRequest(&request));
-    EXPECT_EQ(3u, device.sent.size());
-    EXPECT_EQ(std::vector<unsigned long>(3, 7), platform.sleeps);
-    EXPECT_EQ(0xC0, request.responseBuffer[2]);
-    library.Release();
-}
-
-TEST_F(BQMIPMIInterfaceImplTest, ConfigurationFileChangesOnlyTheKeysItHolds) {
-    ScopedWorkingDirectory::WriteFile("BQMIPMIConfig.xml",
-                                      "<BQMIPMIConfig><Configuration name=\"Default\">"
-                                      "<RetryCount>2</RetryCount></Configuration></BQMIPMIConfig>");
-    device.defaultAnswer = {0xC0};
-    BQMIPMIInterfaceImpl library;
-    ASSERT_EQ(0, library.Initialize(&generationConfig));
-    EXPECT_EQ(0, library.IPMIRequest(&request));
-    EXPECT_EQ(2u, device.sent.size());
-    EXPECT_EQ(std::vector<unsigned long>(2, 50), platform.sleeps);
-    library.Release();
-}
-
-TEST_F(BQMIPMIInterfaceImplTest, RequestsOwnConfigurationAppliesUnlessTheFileGaveOne) {
-    device.defaultAnswer = {0xC0};
-    _BQMIPMIConfiguration own = {60, 5, 4, 9, 0, 0};
-    request.configuration = &own;
-    {
-        BQMIPMIInterfaceImpl library;
-        ASSERT_EQ(0, library.Initialize(&generationConfig));
-        EXPECT_EQ(0, library.IPMIRequest(&request));
-        EXPECT_EQ(4u, device.sent.size());
-        EXPECT_EQ(std::vector<unsigned long>(4, 9), platform.sleeps);
-        EXPECT_EQ(&own, request.configuration);
-        library.Release();
+TEST_F(BQMIPMIInterfaceImplTest, ConfigurationFileOverridesTheGivenTimingAndTheRequestsOwn) {
+    const struct {
+        const char* file;  // null: none
+        bool own;          // the request brings {60, 5, 4, 9}
+        std::vector<unsigned> session;
+        unsigned requests, interval;
+    } cases[] = {
+        {nullptr, false, {61, 6, 3, 7}, 3, 7},
+        {nullptr, true, {61, 6, 3, 7}, 4, 9},
+        {"<c><d name=\"Default\">", false, {61, 6, 3, 7}, 3, 7},  // not XML
+        {"<c><d name=\"x\"><RetryCount>1</RetryCount></d></c>", false, {61, 6, 3, 7}, 3, 7},
+        {"<c><d name=\"Other\"><RetryCount>9</RetryCount></d><d name=\"Default\"><RetryCount>2</RetryCount>"
+         "</d></c>",
+         false,
+         {61, 6, 2, 7},
+         2,
+         7},
+        {"<c><d name=\"Default\"><RetryCount>1</RetryCount></d></c>", true, {61, 6, 1, 7}, 1, 7},
+        {"<c><d name=\"Default\"><e name=\"Default\"><PollingInterval>10</PollingInterval><PollingCount>11"
+         "</PollingCount><RetryCount> 4 </RetryCount><RetryInterval>13</RetryInterval></e></d></c>",
+         false,
+         {10, 11, 4, 13},
+         4,
+         13}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.file ? c.file : "no file");
+        if (c.file != nullptr) ScopedWorkingDirectory::Write("BQMIPMIConfig.xml", c.file);
+        BQMIPMISession::SetConfigurationFileName(BQMString("BQMIPMIConfig.xml"));  // forgets what was read
+        FakePlatform shell;
+        FakeIPMIDevice controller;
+        controller.defaultAnswer = {0xC0};  // transient: retried retryCount times
+        _BQMIPMIConfiguration given = {61, 6, 3, 7, 0, 0}, own = {60, 5, 4, 9, 0, 0};
+        request.configuration = c.own ? &own : nullptr;
+        BQMIPMIInterfaceImpl fresh;
+        ASSERT_EQ(fresh.Initialize(&given), 0);
+        const _BQMIPMIConfiguration& s =
+            BQMIPMISessionHandler::GetInstance()->GetSession()->GetConfiguration();
+        EXPECT_EQ(std::vector<unsigned>({s.pollInterval, s.pollCount, s.retryCount, s.retryInterval}),
+                  c.session);
+        EXPECT_EQ(fresh.IPMIRequest(&request), 0);
+        EXPECT_EQ(controller.sent.size(), c.requests);
+        EXPECT_EQ(shell.sleeps, std::vector<unsigned long>(c.requests, c.interval));
+        EXPECT_EQ(request.configuration, c.own ? &own : nullptr);
+        fresh.Release();
     }
+}
 
-    ScopedWorkingDirectory::WriteFile("BQMIPMIConfig.xml",
-                                      "<c><d name=\"Default\"><RetryCount>1</RetryCount></d></c>");
-    device.sent.clear();
-    BQMIPMIInterfaceImpl library;
-    ASSERT_EQ(0, library.Initialize(&generationConfig));
-    EXPECT_EQ(0, library.IPMIRequest(&request));
-    EXPECT_EQ(1u, device.sent.size());
-    EXPECT_EQ(&own, request.configuration);
+TEST_F(BQMIPMIInterfaceImplTest, MarkerFileAppendsTheLibrarysLinesToItsInternalLogAndNothingToStderr) {
+    ScopedWorkingDirectory::Write("kpxdebuglog", "");
+    ScopedWorkingDirectory::Write("bqmipmi_internal.log", "earlier line\n");
+    device.defaultAnswer = FakeIPMIDevice::Generation(0x00, 0x30);
+    testing::internal::CaptureStderr();
+    ASSERT_EQ(library.Initialize(&generationConfig) + library.IPMIRequest(&request), 0);
     library.Release();
-}
-
-TEST_F(BQMIPMIInterfaceImplTest, ReleaseWithoutSessionAnswersTheLowByteOf257) {
-    BQMIPMIInterfaceImpl library;
-    EXPECT_EQ(1, library.Release());
-}
-
-TEST_F(BQMIPMIInterfaceImplTest, SessionsAreKeptPerProcess) {
-    BQMIPMISessionHandler* handler = BQMIPMISessionHandler::GetInstance();
-    BQMIPMISession* first = handler->GetSession();
-    EXPECT_EQ(first, handler->GetSession());
-    EXPECT_EQ(0, handler->ReleaseSession());
-    EXPECT_EQ(257, handler->ReleaseSession());
+    BQMLogger::Terminate();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_TRUE(std::filesystem::exists("bqmipmi.log"));
+    const std::string log = ScopedWorkingDirectory::Read("bqmipmi_internal.log");
+    EXPECT_EQ(log.rfind("earlier line\n", 0), 0u);
+    // Application, level padded to 5, date, time, function padded to 40, file padded to 30, line, message.
+    const std::regex started(
+        "\nBQMIPMILibrary INFO  : [^\n]+ [0-9]{2}:[0-9]{2}[AP]M Initialize {30}\\(\\) "
+        "[^ ]*bqmipmi/src/BQMIPMIInterfaceImpl\\.cpp *: *[0-9]+ Started Logging for BQMIPMI Library\n");
+    EXPECT_TRUE(std::regex_search(log, started)) << log;
+    for (const char* line :
+         {"Command lsmod  | grep ipmi_si > /dev/null 2>&1 , Exit code : 0\n",
+          "Open IPMI device : /dev/ipmi0\n",
+          "\nIPMI Request :  0x30 0xbd      IPMI Response :   0x31 0xbd 0x00 0x01 0x02 0x03 0x04 0x05 0x30\n",
+          "ExecuteCommand Got IPMI return code as 0 and number of retries left are 0 out of 5\n"}) {
+        EXPECT_NE(log.find(line), std::string::npos) << line;
+    }
 }
 
 }  // namespace

@@ -1,168 +1,98 @@
 #include "DriverManager.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <string>
 #include <vector>
 
-#include "FakeOSProbe.h"
-#include "FakePlatform.h"
+#include "IPMITestSupport.h"
 
 namespace {
 
-const std::string kCheckMsgHandler = "lsmod  | grep ipmi_msghandler > /dev/null 2>&1 ";
-const std::string kCheckDevIntf = "lsmod  | grep ipmi_devintf > /dev/null 2>&1 ";
-const std::string kCheckSi = "lsmod  | grep ipmi_si > /dev/null 2>&1 ";
-const std::string kLoadMsgHandler = "modprobe ipmi_msghandler > /dev/null 2>&1 ";
-const std::string kLoadDevIntf = "modprobe ipmi_devintf > /dev/null 2>&1 ";
-const std::string kLoadSi = "modprobe ipmi_si > /dev/null 2>&1 ";
-const std::string kUnloadMsgHandler = "rmmod ipmi_msghandler > /dev/null 2>&1 ";
-const std::string kUnloadDevIntf = "rmmod ipmi_devintf > /dev/null 2>&1 ";
-const std::string kUnloadSi = "rmmod ipmi_si > /dev/null 2>&1 ";
+typedef std::vector<std::string> Texts;
+
+std::string Check(const char* name) { return std::string("lsmod  | grep ") + name + " > /dev/null 2>&1 "; }
+std::string Load(const char* name) { return std::string("modprobe ") + name + " > /dev/null 2>&1 "; }
+std::string Unload(const char* name) { return std::string("rmmod ") + name + " > /dev/null 2>&1 "; }
+const Texts kChecks = {Check("ipmi_msghandler"), Check("ipmi_devintf"), Check("ipmi_si")};
+const Texts kUnloads = {Unload("ipmi_si"), Unload("ipmi_devintf"), Unload("ipmi_msghandler")};
 
 class DriverManagerTest : public ::testing::Test {
   protected:
     FakePlatform platform;
-    FakeOSProbe linuxHost = FakeOSProbe::Linux();
+    FakeOSProbe linuxHost{"", "Linux"};
+    DriverManager manager{&linuxHost};
 };
 
-TEST_F(DriverManagerTest, AllModulesPresentLoadsAndUnloadsNothing) {
-    DriverManager manager(&linuxHost);
-    EXPECT_EQ(0, manager.IsIPMIDriverAvailable());
-    EXPECT_EQ((std::vector<std::string>{kCheckMsgHandler, kCheckDevIntf, kCheckSi}), platform.commands);
-    EXPECT_TRUE(manager.IsDriverReady());
-    EXPECT_FALSE(manager.IsLoadAttempted());
-
-    EXPECT_EQ(0, manager.ReleaseIPMIDriver());
-    EXPECT_EQ(3u, platform.commands.size());
-    EXPECT_TRUE(platform.sleeps.empty());
+TEST_F(DriverManagerTest, AllModulesPresentAreCheckedOnceAndNeitherLoadedNorUnloaded) {
+    EXPECT_EQ(manager.IsIPMIDriverAvailable() + manager.IsIPMIDriverAvailable(), 0);
+    EXPECT_EQ(manager.ReleaseIPMIDriver(), 0);
+    EXPECT_EQ(platform.events, kChecks);
+    EXPECT_TRUE(manager.IsDriverReady() && !manager.IsLoadAttempted());
 }
 
-TEST_F(DriverManagerTest, ReadyDriversAreNotCheckedAgain) {
-    DriverManager manager(&linuxHost);
-    ASSERT_EQ(0, manager.IsIPMIDriverAvailable());
-    ASSERT_EQ(0, manager.IsIPMIDriverAvailable());
-    EXPECT_EQ(3u, platform.commands.size());
-}
-
-TEST_F(DriverManagerTest, OnlyMissingSiWhoseLoadFailsStillCountsAsUsable) {
+TEST_F(DriverManagerTest, LoadFailsOnlyWhenEveryModuleFailsToLoad) {
     platform.statuses = {{"grep ipmi_si", 256}, {"modprobe ipmi_si", 256}};
-    DriverManager manager(&linuxHost);
-    EXPECT_EQ(0, manager.IsIPMIDriverAvailable());
-    EXPECT_EQ((std::vector<std::string>{kCheckMsgHandler, kCheckDevIntf, kCheckSi, kLoadSi}),
-              platform.commands);
-    EXPECT_TRUE(manager.IsDriverReady());
-    EXPECT_TRUE(manager.IsLoadAttempted());
-    EXPECT_TRUE(manager.IsMsgHandlerLoaded());
-    EXPECT_TRUE(manager.IsDevIntfLoaded());
-    EXPECT_FALSE(manager.IsSiLoaded());
+    EXPECT_EQ(manager.IsIPMIDriverAvailable(), 0);
+    EXPECT_EQ(platform.commands, Texts({kChecks[0], kChecks[1], kChecks[2], Load("ipmi_si")}));
+    EXPECT_TRUE(manager.IsDriverReady() && manager.IsLoadAttempted() && !manager.IsSiLoaded());
+
+    FakePlatform noTools;
+    noTools.defaultStatus = FakePlatform::kNotFound;
+    DriverManager failing(&linuxHost);
+    EXPECT_EQ(failing.IsIPMIDriverAvailable(), 1);
+    EXPECT_EQ(noTools.commands, Texts({kChecks[0], kChecks[1], kChecks[2], Load("ipmi_msghandler"),
+                                       Load("ipmi_devintf"), Load("ipmi_si")}));
+    EXPECT_TRUE(!failing.IsDriverReady() && noTools.sleeps.empty());
 }
 
-TEST_F(DriverManagerTest, NoModuleToolsMeansFailureWithoutAnyPause) {
-    platform.defaultStatus = FakePlatform::kNotFound;
-    DriverManager manager(&linuxHost);
-    EXPECT_EQ(1, manager.IsIPMIDriverAvailable());
-    EXPECT_EQ((std::vector<std::string>{kCheckMsgHandler, kCheckDevIntf, kCheckSi, kLoadMsgHandler,
-                                        kLoadDevIntf, kLoadSi}),
-              platform.commands);
-    EXPECT_FALSE(manager.IsDriverReady());
-    EXPECT_TRUE(platform.sleeps.empty());
-}
-
-TEST_F(DriverManagerTest, ReleaseAfterLoadRemovesLoadedModulesInReverseOrderThreeSecondsApart) {
-    platform.statuses = {{"lsmod", 256}};
-    DriverManager manager(&linuxHost);
-    ASSERT_EQ(0, manager.IsIPMIDriverAvailable());
-    platform.events.clear();
-
-    EXPECT_EQ(0, manager.ReleaseIPMIDriver());
-    EXPECT_EQ((std::vector<std::string>{"sleep 3000", kUnloadSi, "sleep 3000", kUnloadDevIntf, "sleep 3000",
-                                        kUnloadMsgHandler}),
-              platform.events);
-
-    // What was loaded is gone: a second release removes nothing.
-    platform.events.clear();
-    EXPECT_EQ(0, manager.ReleaseIPMIDriver());
-    EXPECT_TRUE(platform.events.empty());
-}
-
-TEST_F(DriverManagerTest, ReleaseLeavesModulesThatWereAlreadyLoaded) {
-    platform.statuses = {{"grep ipmi_devintf", 256}};
-    DriverManager manager(&linuxHost);
-    ASSERT_EQ(0, manager.IsIPMIDriverAvailable());
-    platform.events.clear();
-    manager.ReleaseIPMIDriver();
-    EXPECT_EQ((std::vector<std::string>{"sleep 3000", kUnloadDevIntf}), platform.events);
-}
-
-TEST_F(DriverManagerTest, ModuleWhoseLoadFailedIsStillUnloaded) {
-    platform.statuses = {{"lsmod", 256}, {"modprobe ipmi_si", 256}};
-    DriverManager manager(&linuxHost);
-    ASSERT_EQ(0, manager.IsIPMIDriverAvailable());
-    platform.commands.clear();
-    manager.ReleaseIPMIDriver();
-    EXPECT_EQ((std::vector<std::string>{kUnloadSi, kUnloadDevIntf, kUnloadMsgHandler}), platform.commands);
-}
-
-TEST_F(DriverManagerTest, EsxAndEsxiHostsRunNoShellCommand) {
-    for (FakeOSProbe probe : {FakeOSProbe::Esx(), FakeOSProbe::Esxi()}) {
-        DriverManager manager(&probe);
-        EXPECT_EQ(0, manager.IsIPMIDriverAvailable());
-        EXPECT_EQ(0, manager.IsIPMIDriverAvailable());
-        EXPECT_EQ(0, manager.ReleaseIPMIDriver());
-        EXPECT_FALSE(manager.IsDriverReady());
+TEST_F(DriverManagerTest, ReleaseUnloadsWhatWasMissingInReverseOrderThreeSecondsApart) {
+    const struct {
+        std::vector<std::pair<std::string, int>> statuses;
+        Texts unloads;
+    } cases[] = {{{{"lsmod", 256}}, kUnloads},
+                 {{{"lsmod", 256}, {"modprobe ipmi_si", 256}}, kUnloads},  // a failed load is unloaded too
+                 {{{"grep ipmi_devintf", 256}}, {Unload("ipmi_devintf")}}};
+    for (const auto& c : cases) {
+        FakePlatform shell;
+        shell.statuses = c.statuses;
+        DriverManager loader(&linuxHost);
+        ASSERT_EQ(loader.IsIPMIDriverAvailable(), 0);
+        shell.events.clear();
+        EXPECT_EQ(loader.ReleaseIPMIDriver() + loader.ReleaseIPMIDriver(), 0);  // the second has nothing left
+        Texts expected;
+        for (const std::string& unload : c.unloads) expected.insert(expected.end(), {"sleep 3000", unload});
+        EXPECT_EQ(shell.events, expected);
     }
-    EXPECT_TRUE(platform.commands.empty());
-    EXPECT_TRUE(platform.sleeps.empty());
 }
 
-TEST_F(DriverManagerTest, ReleaseSkipsOnlyEsxi) {
-    FakeOSProbe esxi = FakeOSProbe::Esxi();
-    DriverManager onEsxi(&esxi);
+TEST_F(DriverManagerTest, EsxAndEsxiRunNoShellCommandButReleaseSkipsOnlyEsxi) {
+    FakeOSProbe esx("VMware ESX 4.1.0 (Kandinsky)", "Linux"), esxi("", "VMkernel");
+    DriverManager onEsx(&esx), onEsxi(&esxi);
+    for (DriverManager* host : {&onEsx, &onEsxi}) {
+        EXPECT_EQ(host->IsIPMIDriverAvailable() + host->IsIPMIDriverAvailable() + host->ReleaseIPMIDriver(),
+                  0);
+        EXPECT_FALSE(host->IsDriverReady());
+    }
+    EXPECT_TRUE(platform.events.empty());
     onEsxi.LoadIPMIDriver();
-    platform.commands.clear();
-    onEsxi.ReleaseIPMIDriver();
-    EXPECT_TRUE(platform.commands.empty());
-
-    FakeOSProbe esx = FakeOSProbe::Esx();
-    DriverManager onEsx(&esx);
     onEsx.LoadIPMIDriver();
     platform.commands.clear();
+    onEsxi.ReleaseIPMIDriver();
     onEsx.ReleaseIPMIDriver();
-    EXPECT_EQ((std::vector<std::string>{kUnloadSi, kUnloadDevIntf, kUnloadMsgHandler}), platform.commands);
+    EXPECT_EQ(platform.commands, kUnloads);
 }
 
-TEST_F(DriverManagerTest, SingleCommandsAnswerTheRawShellStatus) {
+TEST_F(DriverManagerTest, SingleCommandsAnswerTheRawStatusAndKeepShellComplaintsOffStderr) {
     platform.defaultStatus = 0x7F00;
-    DriverManager manager(&linuxHost);
-    EXPECT_EQ(0x7F00, manager.IsDriverAvailable(BQMString("ipmi_si", BQMString::BQM_ENCODING_UTF8)));
-    EXPECT_EQ(0x7F00, manager.LoadDriver(BQMString("ipmi_si", BQMString::BQM_ENCODING_UTF8)));
-    EXPECT_EQ(0x7F00, manager.ReleaseDriver(BQMString("ipmi_si", BQMString::BQM_ENCODING_UTF8)));
-    EXPECT_EQ((std::vector<std::string>{kCheckSi, kLoadSi, "sleep 3000", kUnloadSi}), platform.events);
-}
-
-// A shell that complains on its standard error, as dash does about a
-// missing lsmod.
-class ComplainingPlatform : public FakePlatform {
-  public:
-    int RunShellCommand(const std::string& command) override {
-        const char complaint[] = "sh: 1: lsmod: not found\n";
-        ssize_t written = write(STDERR_FILENO, complaint, sizeof(complaint) - 1);
-        (void)written;
-        FakePlatform::RunShellCommand(command);
-        return kNotFound;
-    }
-};
-
-TEST(DriverManagerStderrTest, ShellComplaintsDuringTheChecksStayOffStandardError) {
-    ComplainingPlatform platform;
-    FakeOSProbe linuxHost = FakeOSProbe::Linux();
-    DriverManager manager(&linuxHost);
+    platform.complaint = "sh: 1: lsmod: not found\n";
+    const BQMString si("ipmi_si", BQMString::BQM_ENCODING_UTF8);
     testing::internal::CaptureStderr();
-    manager.IsDriverAvailable(BQMString("ipmi_si", BQMString::BQM_ENCODING_UTF8));
-    fputs("after\n", stderr);
-    EXPECT_EQ("after\n", testing::internal::GetCapturedStderr());
+    EXPECT_EQ(manager.IsDriverAvailable(si), 0x7F00);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    platform.complaint.clear();
+    EXPECT_EQ(manager.LoadDriver(si) + manager.ReleaseDriver(si), 2 * 0x7F00);
+    EXPECT_EQ(platform.events, Texts({Check("ipmi_si"), Load("ipmi_si"), "sleep 3000", Unload("ipmi_si")}));
 }
 
 }  // namespace

@@ -2,286 +2,135 @@
 
 #include <gtest/gtest.h>
 
-#include <cerrno>
-#include <cstring>
 #include <string>
 #include <vector>
 
 #include "CBQMIPMICommandData.h"
-#include "FakeIPMIDevice.h"
-#include "FakePlatform.h"
 #include "IPMICommandProcessorCreator.h"
+#include "IPMITestSupport.h"
 
 namespace {
 
-typedef FakeIPMIDevice::ReceiveStep ReceiveStep;
-typedef FakeIPMIDevice::WaitStep WaitStep;
+typedef std::vector<unsigned long> Sleeps;
+typedef FakeIPMIDevice::Reply Reply;
 
 class IPMIProcessorTest : public ::testing::Test {
   protected:
-    void SetUp() override {
-        device.openable["/dev/ipmi0"] = FakeIPMIDevice::kFd;
-        std::memset(&record, 0, sizeof(record));
-        configuration = {60, 5, 5, 50, 0, 0};
-        record.configuration = &configuration;
-        record.requestLength = 2;
-        record.requestBuffer[0] = 0x30;
-        record.requestBuffer[1] = 0xBD;
-        record.responseLength = 9;
+    int Run(bool withRetries = false) {
+        CBQMIPMICommandData command(&record);
+        EXPECT_EQ(processor.Initialize(), 0);
+        return withRetries ? processor.ExecuteCommand(command) : processor.Process(command);
     }
-
     FakePlatform platform;
     FakeIPMIDevice device;
-    _BQMIPMIConfiguration configuration;
-    _BQMIPMICommandData record;
+    _BQMIPMIConfiguration configuration = {60, 5, 5, 50, 0, 0};
+    _BQMIPMICommandData record = GenerationRequest(&configuration);
+    IPMIProcessor processor;
 };
 
-TEST_F(IPMIProcessorTest, AbsentDeviceTakesFivePassesAndFiveOneSecondPauses) {
-    device.openable.clear();
-    IPMIProcessor processor;
-    testing::internal::CaptureStderr();
-    int status = processor.Initialize();
-    std::string errors = testing::internal::GetCapturedStderr();
-
-    EXPECT_EQ(320, status);
-    EXPECT_EQ("Can't open IPMI device\n", errors);
-    EXPECT_EQ(std::vector<unsigned long>(5, 1000), platform.sleeps);
-    ASSERT_EQ(15u, device.opened.size());
-    for (size_t pass = 0; pass < 5; ++pass) {
-        EXPECT_EQ("/dev/ipmi0", device.opened[pass * 3]);
-        EXPECT_EQ("/dev/ipmi/0", device.opened[pass * 3 + 1]);
-        EXPECT_EQ("/dev/ipmidev/0", device.opened[pass * 3 + 2]);
-    }
-    EXPECT_EQ(-1, processor.GetFileDescriptor());
-}
-
-TEST_F(IPMIProcessorTest, OpensTheFirstNodeThatOpensWithoutPausing) {
-    device.openable.clear();
-    device.openable["/dev/ipmidev/0"] = FakeIPMIDevice::kFd;
-    IPMIProcessor processor;
-    EXPECT_EQ(0, processor.Initialize());
-    EXPECT_EQ(FakeIPMIDevice::kFd, processor.GetFileDescriptor());
-    EXPECT_EQ(3u, device.opened.size());
-    EXPECT_TRUE(platform.sleeps.empty());
-}
-
-TEST_F(IPMIProcessorTest, ReleaseAndDestructionCloseTheDeviceOnce) {
-    {
-        IPMIProcessor processor;
-        ASSERT_EQ(0, processor.Initialize());
-        processor.Release();
-        EXPECT_EQ(-1, processor.GetFileDescriptor());
-    }
-    EXPECT_EQ(std::vector<int>{FakeIPMIDevice::kFd}, device.closed);
-}
-
-TEST_F(IPMIProcessorTest, CreatorAnswersNullWhenTheDeviceCannotBeOpened) {
+TEST_F(IPMIProcessorTest, AbsentDeviceTakesFivePassesOverThreeNodesAndFiveOneSecondPauses) {
     device.openable.clear();
     testing::internal::CaptureStderr();
-    IIPMICommandProcessor* processor = IPMICommandProcessorCreator::Create();
-    testing::internal::GetCapturedStderr();
-    EXPECT_EQ(nullptr, processor);
-
-    device.openable["/dev/ipmi0"] = FakeIPMIDevice::kFd;
-    processor = IPMICommandProcessorCreator::Create();
-    ASSERT_NE(nullptr, processor);
-    delete processor;
-    EXPECT_EQ(std::vector<int>{FakeIPMIDevice::kFd}, device.closed);
+    EXPECT_EQ(processor.Initialize(), 320);
+    EXPECT_EQ(IPMICommandProcessorCreator::Create(), nullptr);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Can't open IPMI device\nCan't open IPMI device\n");
+    EXPECT_EQ(platform.sleeps, Sleeps(10, 1000));
+    ASSERT_EQ(device.opened.size(), 30u);
+    for (size_t i = 0; i < 30; i += 3) {
+        EXPECT_EQ(device.opened[i] + device.opened[i + 1] + device.opened[i + 2],
+                  "/dev/ipmi0/dev/ipmi/0/dev/ipmidev/0");
+    }
+    device.openable = {"/dev/ipmidev/0"};  // the last node: found in the first pass, no pause
+    EXPECT_EQ(processor.Initialize(), 0);
+    processor.Release();
+    processor.Release();
+    delete IPMICommandProcessorCreator::Create();
+    EXPECT_EQ(device.closed, std::vector<int>(2, FakeIPMIDevice::kFd));
+    EXPECT_EQ(device.opened.size(), 36u);
+    EXPECT_EQ(platform.sleeps.size(), 10u);
 }
 
-TEST_F(IPMIProcessorTest, SendsTheRequestToTheSystemInterfaceAndFillsTheResponse) {
+TEST_F(IPMIProcessorTest, SendsToTheSystemInterfaceWithTheNextMessageIdAndFillsTheResponse) {
     record.requestLength = 4;
     record.requestBuffer[2] = 0x11;
     record.requestBuffer[3] = 0x22;
-    device.defaultAnswer = FakeIPMIDevice::GenerationAnswer(0x00, 0x30);
-    IPMIProcessor processor;
-    ASSERT_EQ(0, processor.Initialize());
-    CBQMIPMICommandData command(&record);
+    device.defaultAnswer = FakeIPMIDevice::Generation(0x00, 0x30);
     const long firstId = gnMsgID;
-
-    ASSERT_EQ(0, processor.Process(command));
-
-    ASSERT_EQ(1u, device.sent.size());
-    const FakeIPMIDevice::SentRequest& sent = device.sent[0];
-    EXPECT_EQ(0x30, sent.netfn);
-    EXPECT_EQ(0xBD, sent.cmd);
-    EXPECT_EQ((std::vector<unsigned char>{0x11, 0x22}), sent.data);
-    EXPECT_EQ(firstId, sent.msgid);
-    EXPECT_EQ(firstId + 1, gnMsgID);
-    EXPECT_EQ(8u, sent.addrLen);
-    EXPECT_EQ(12, sent.addrType);
-    EXPECT_EQ(15, sent.channel);
-    EXPECT_EQ(0, sent.lun);
-
-    EXPECT_EQ(0x31, record.responseBuffer[0]);
-    EXPECT_EQ(0xBD, record.responseBuffer[1]);
-    EXPECT_EQ(0x00, record.responseBuffer[2]);
-    EXPECT_EQ(0x30, record.responseBuffer[8]);
-    EXPECT_EQ(9u, record.responseLength);
+    ASSERT_EQ(Run() + Run(), 0);
+    ASSERT_EQ(device.sent.size(), 2u);
+    EXPECT_EQ(device.sent[0].head, std::vector<int>({0x30, 0xBD, 8, 12, 15, 0}));
+    EXPECT_EQ(device.sent[0].data, std::vector<unsigned char>({0x11, 0x22}));
+    EXPECT_EQ(device.sent[0].msgid, firstId);
+    EXPECT_EQ(device.sent[1].msgid, firstId + 1);
+    EXPECT_EQ(std::vector<int>(record.responseBuffer, record.responseBuffer + 9),
+              std::vector<int>({0x31, 0xBD, 0x00, 1, 2, 3, 4, 5, 0x30}));
+    EXPECT_EQ(record.responseLength, 9u);
     EXPECT_TRUE(platform.sleeps.empty());
 }
 
-TEST_F(IPMIProcessorTest, EveryWaitIsArmedWithTwentySecondsAndSixtyMicroseconds) {
-    device.waits = {{0, false}, {0, false}};
-    IPMIProcessor processor;
-    ASSERT_EQ(0, processor.Initialize());
-    CBQMIPMICommandData command(&record);
-    ASSERT_EQ(0, processor.Process(command));
-    ASSERT_EQ(3u, device.waitTimeouts.size());
-    for (const struct timeval& timeout : device.waitTimeouts) {
-        EXPECT_EQ(20, timeout.tv_sec);
-        EXPECT_EQ(60, timeout.tv_usec);
+TEST_F(IPMIProcessorTest, ReceiveAttemptsHandleTimeOutsForeignIdsErrorsAndTruncation) {
+    const struct {
+        const char* name;
+        std::vector<int> waits;
+        std::vector<Reply> replies;
+        int status, receives;
+        Sleeps sleeps;
+        int response;  // bytes 0 to 2 afterwards
+    } cases[] = {{"foreign id dropped", {}, {{{0xC0}, true}, {{0x00, 0x44}}}, 0, 2, {}, 0x31BD00},
+                 {"only foreign ids", {}, std::vector<Reply>(5, {{0x00}, true}), 320, 5, {}, 0},
+                 {"time-outs and wait errors pause", {0, -1, 0, 0, 0}, {}, 320, 0, Sleeps(5, 50), 0},
+                 {"another descriptor ready", {2}, {}, 0, 1, {}, 0x31BD00},
+                 {"receive error pauses", {}, {{{}, false, EAGAIN}, {{0xC1}}}, 0, 2, {50}, 0x31BDC1},
+                 {"errno 90 ends at once", {}, {{{0x00, 1, 2}, false, 90}}, 320, 1, {}, 0x31BD10}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        device.waits.assign(c.waits.begin(), c.waits.end());
+        device.replies.assign(c.replies.begin(), c.replies.end());
+        device.receives = 0;
+        device.waitTimeouts.clear();
+        platform.sleeps.clear();
+        EXPECT_EQ(Run(), c.status);
+        EXPECT_EQ(device.receives, c.receives);
+        EXPECT_EQ(platform.sleeps, c.sleeps);
+        EXPECT_EQ(record.responseBuffer[0] << 16 | record.responseBuffer[1] << 8 | record.responseBuffer[2],
+                  c.response);
+        EXPECT_EQ(device.waitTimeouts, std::vector<long>(device.waitTimeouts.size(), 20000060));  // re-armed
+    }
+    device.failSend = true;
+    EXPECT_EQ(Run(), 320);
+    EXPECT_EQ(record.responseBuffer[2], 1);
+    IPMIProcessor unopened;
+    CBQMIPMICommandData command(&record);  // clears the response again
+    EXPECT_EQ(unopened.Process(command), 320);
+    EXPECT_EQ(record.responseBuffer[2], 1);
+}
+
+TEST_F(IPMIProcessorTest, FinalCompletionCodesStopAndTransientOnesRetryWithPauses) {
+    const std::vector<int> finalCodes = {0x00, 0x01, 0x06, 0x08, 0x10, 0xC1,
+                                         0xC2, 0xC7, 0xC8, 0xC9, 0xCC, 0xCE};
+    const std::vector<int> transient = {0x07, 0x09, 0x0F, 0x11, 0xC0, 0xC3,
+                                        0xC6, 0xCA, 0xCB, 0xCD, 0xCF, 0xFF};
+    for (const std::vector<int>* codes : {&finalCodes, &transient}) {
+        for (int cc : *codes) {
+            device.defaultAnswer = {static_cast<unsigned char>(cc)};
+            device.sent.clear();
+            platform.sleeps.clear();
+            EXPECT_EQ(Run(true), 0) << cc;
+            EXPECT_EQ(device.sent.size(), codes == &finalCodes ? 1u : 5u) << cc;
+            EXPECT_EQ(platform.sleeps, codes == &finalCodes ? Sleeps() : Sleeps(5, 50)) << cc;
+            EXPECT_EQ(record.responseBuffer[2], cc);
+        }
     }
 }
 
-TEST_F(IPMIProcessorTest, AnswerWithAForeignIdIsDroppedAndCostsOneAttempt) {
-    device.receives = {{ReceiveStep::kForeignId, 0, {0xC0}}, {ReceiveStep::kAnswer, 0, {0x00, 0x44}}};
-    IPMIProcessor processor;
-    ASSERT_EQ(0, processor.Initialize());
-    CBQMIPMICommandData command(&record);
-    ASSERT_EQ(0, processor.Process(command));
-    EXPECT_EQ(2, device.receiveCalls);
-    EXPECT_EQ(0x00, record.responseBuffer[2]);
-    EXPECT_EQ(0x44, record.responseBuffer[3]);
-    EXPECT_EQ(4u, record.responseLength);
-    EXPECT_TRUE(platform.sleeps.empty());
-}
-
-TEST_F(IPMIProcessorTest, OnlyForeignAnswersExhaustTheAttempts) {
-    configuration.retryCount = 3;
-    device.receives.assign(5, ReceiveStep{ReceiveStep::kForeignId, 0, {0x00}});
-    IPMIProcessor processor;
-    ASSERT_EQ(0, processor.Initialize());
-    CBQMIPMICommandData command(&record);
-    EXPECT_EQ(320, processor.Process(command));
-    EXPECT_EQ(3, device.receiveCalls);
-}
-
-TEST_F(IPMIProcessorTest, TimeOutsAndWaitErrorsPauseTheRetryIntervalEach) {
-    configuration.retryCount = 3;
-    configuration.retryInterval = 70;
-    device.waits = {{0, false}, {-1, false}, {0, false}};
-    IPMIProcessor processor;
-    ASSERT_EQ(0, processor.Initialize());
-    CBQMIPMICommandData command(&record);
-    EXPECT_EQ(320, processor.Process(command));
-    EXPECT_EQ(0, device.receiveCalls);
-    EXPECT_EQ(std::vector<unsigned long>(3, 70), platform.sleeps);
-}
-
-TEST_F(IPMIProcessorTest, ReadyWithoutTheDeviceInTheSetRetriesWithoutPausing) {
-    device.waits = {{1, false}};
-    IPMIProcessor processor;
-    ASSERT_EQ(0, processor.Initialize());
-    CBQMIPMICommandData command(&record);
-    EXPECT_EQ(0, processor.Process(command));
-    EXPECT_EQ(2u, device.waitTimeouts.size());
-    EXPECT_TRUE(platform.sleeps.empty());
-}
-
-TEST_F(IPMIProcessorTest, ReceiveErrorPausesAndRetries) {
-    device.receives = {{ReceiveStep::kError, EAGAIN, {}}, {ReceiveStep::kAnswer, 0, {0x00}}};
-    IPMIProcessor processor;
-    ASSERT_EQ(0, processor.Initialize());
-    CBQMIPMICommandData command(&record);
-    EXPECT_EQ(0, processor.Process(command));
-    EXPECT_EQ(std::vector<unsigned long>{50}, platform.sleeps);
-    EXPECT_EQ(3u, record.responseLength);
-}
-
-TEST_F(IPMIProcessorTest, TruncatedAnswerFailsAtOnceWithCompletionCode0x10) {
-    device.receives = {{ReceiveStep::kTruncated, 0, {0x00, 1, 2, 3}}};
-    IPMIProcessor processor;
-    ASSERT_EQ(0, processor.Initialize());
-    CBQMIPMICommandData command(&record);
-    EXPECT_EQ(320, processor.Process(command));
-    EXPECT_EQ(1, device.receiveCalls);
-    EXPECT_EQ(0x31, record.responseBuffer[0]);
-    EXPECT_EQ(0xBD, record.responseBuffer[1]);
-    EXPECT_EQ(0x10, record.responseBuffer[2]);
-    EXPECT_TRUE(platform.sleeps.empty());
-}
-
-TEST_F(IPMIProcessorTest, FailedSendLeavesCompletionCode1) {
-    device.failSend = true;
-    IPMIProcessor processor;
-    ASSERT_EQ(0, processor.Initialize());
-    CBQMIPMICommandData command(&record);
-    EXPECT_EQ(320, processor.Process(command));
-    EXPECT_EQ(1, record.responseBuffer[2]);
-    EXPECT_EQ(0, device.receiveCalls);
-}
-
-TEST_F(IPMIProcessorTest, UnopenedProcessorFailsLikeAFailedSend) {
-    IPMIProcessor processor;
-    CBQMIPMICommandData command(&record);
-    EXPECT_EQ(320, processor.Process(command));
-    EXPECT_EQ(1, record.responseBuffer[2]);
-}
-
-TEST_F(IPMIProcessorTest, EachRequestTakesTheNextMessageId) {
-    IPMIProcessor processor;
-    ASSERT_EQ(0, processor.Initialize());
-    CBQMIPMICommandData command(&record);
-    ASSERT_EQ(0, processor.Process(command));
-    ASSERT_EQ(0, processor.Process(command));
-    ASSERT_EQ(2u, device.sent.size());
-    EXPECT_EQ(device.sent[0].msgid + 1, device.sent[1].msgid);
-}
-
-// Completion-code retries: how many requests and pauses one ExecuteCommand
-// costs when the controller answers cc every time (retry count 5, 50 ms).
-struct CompletionCodeCase {
-    unsigned char cc;
-    size_t requests;
-};
-
-class CompletionCodeRetryTest : public IPMIProcessorTest,
-                                public ::testing::WithParamInterface<CompletionCodeCase> {};
-
-TEST_P(CompletionCodeRetryTest, FinalCodesStopAndTransientCodesRetry) {
-    device.defaultAnswer = {GetParam().cc};
-    IPMIProcessor processor;
-    ASSERT_EQ(0, processor.Initialize());
-    CBQMIPMICommandData command(&record);
-    EXPECT_EQ(0, processor.ExecuteCommand(command));
-    EXPECT_EQ(GetParam().requests, device.sent.size());
-    const bool transient = GetParam().requests > 1;
-    EXPECT_EQ(transient ? std::vector<unsigned long>(5, 50) : std::vector<unsigned long>(), platform.sleeps);
-    EXPECT_EQ(GetParam().cc, record.responseBuffer[2]);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Codes, CompletionCodeRetryTest,
-    ::testing::Values(CompletionCodeCase{0x00, 1}, CompletionCodeCase{0x01, 1}, CompletionCodeCase{0x06, 1},
-                      CompletionCodeCase{0x08, 1}, CompletionCodeCase{0x10, 1}, CompletionCodeCase{0xC1, 1},
-                      CompletionCodeCase{0xC2, 1}, CompletionCodeCase{0xC7, 1}, CompletionCodeCase{0xC8, 1},
-                      CompletionCodeCase{0xC9, 1}, CompletionCodeCase{0xCC, 1}, CompletionCodeCase{0xCE, 1},
-                      CompletionCodeCase{0x07, 5}, CompletionCodeCase{0x09, 5}, CompletionCodeCase{0x0F, 5},
-                      CompletionCodeCase{0x11, 5}, CompletionCodeCase{0xC0, 5}, CompletionCodeCase{0xC3, 5},
-                      CompletionCodeCase{0xC6, 5}, CompletionCodeCase{0xCA, 5}, CompletionCodeCase{0xCB, 5},
-                      CompletionCodeCase{0xCD, 5}, CompletionCodeCase{0xCF, 5}, CompletionCodeCase{0xFF, 5}));
-
-TEST_F(IPMIProcessorTest, TransientCodeThenSuccessStopsAfterTheSuccess) {
-    device.receives = {{ReceiveStep::kAnswer, 0, {0xC0}},
-                       {ReceiveStep::kAnswer, 0, {0xC3}},
-                       {ReceiveStep::kAnswer, 0, {0x00, 0x99}}};
-    IPMIProcessor processor;
-    ASSERT_EQ(0, processor.Initialize());
-    CBQMIPMICommandData command(&record);
-    EXPECT_EQ(0, processor.ExecuteCommand(command));
-    EXPECT_EQ(3u, device.sent.size());
-    EXPECT_EQ((std::vector<unsigned long>{50, 50}), platform.sleeps);
-    EXPECT_EQ(0x99, record.responseBuffer[3]);
-}
-
-TEST_F(IPMIProcessorTest, DeviceFailureDuringRetriesIsReturnedAtOnce) {
-    device.receives = {{ReceiveStep::kAnswer, 0, {0xC0}}, {ReceiveStep::kTruncated, 0, {0x00}}};
-    IPMIProcessor processor;
-    ASSERT_EQ(0, processor.Initialize());
-    CBQMIPMICommandData command(&record);
-    EXPECT_EQ(320, processor.ExecuteCommand(command));
-    EXPECT_EQ(2u, device.sent.size());
+TEST_F(IPMIProcessorTest, RetriesEndAtSuccessOrAtADeviceFailure) {
+    device.replies = {{{0xC0}}, {{0xC3}}, {{0x00, 0x99}}};
+    EXPECT_EQ(Run(true), 0);
+    EXPECT_EQ(platform.sleeps, Sleeps(2, 50));
+    EXPECT_EQ(record.responseBuffer[3], 0x99);
+    device.replies = {{{0xC0}}, {{0x00}, false, 90}};
+    EXPECT_EQ(Run(true), 320);
+    EXPECT_EQ(device.sent.size(), 5u);
 }
 
 }  // namespace
