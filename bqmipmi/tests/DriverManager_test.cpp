@@ -18,25 +18,17 @@ const Texts kChecks = {Check("ipmi_msghandler"), Check("ipmi_devintf"), Check("i
 const Texts kUnloads = {Unload("ipmi_si"), Unload("ipmi_devintf"), Unload("ipmi_msghandler")};
 
 class DriverManagerTest : public ::testing::Test {
-  protected:
+protected:
     FakePlatform platform;
     FakeOSProbe linuxHost{"", "Linux"};
     DriverManager manager{&linuxHost};
 };
-
-TEST_F(DriverManagerTest, AllModulesPresentAreCheckedOnceAndNeitherLoadedNorUnloaded) {
-    EXPECT_EQ(manager.IsIPMIDriverAvailable() + manager.IsIPMIDriverAvailable(), 0);
-    EXPECT_EQ(manager.ReleaseIPMIDriver(), 0);
-    EXPECT_EQ(platform.events, kChecks);
-    EXPECT_TRUE(manager.IsDriverReady() && !manager.IsLoadAttempted());
-}
 
 TEST_F(DriverManagerTest, LoadFailsOnlyWhenEveryModuleFailsToLoad) {
     platform.statuses = {{"grep ipmi_si", 256}, {"modprobe ipmi_si", 256}};
     EXPECT_EQ(manager.IsIPMIDriverAvailable(), 0);
     EXPECT_EQ(platform.commands, Texts({kChecks[0], kChecks[1], kChecks[2], Load("ipmi_si")}));
     EXPECT_TRUE(manager.IsDriverReady() && manager.IsLoadAttempted() && !manager.IsSiLoaded());
-
     FakePlatform noTools;
     noTools.defaultStatus = FakePlatform::kNotFound;
     DriverManager failing(&linuxHost);
@@ -50,14 +42,16 @@ TEST_F(DriverManagerTest, ReleaseUnloadsWhatWasMissingInReverseOrderThreeSeconds
     const struct {
         std::vector<std::pair<std::string, int>> statuses;
         Texts unloads;
-    } cases[] = {{{{"lsmod", 256}}, kUnloads},
+    } cases[] = {{{}, {}},
+                 {{{"lsmod", 256}}, kUnloads},
                  {{{"lsmod", 256}, {"modprobe ipmi_si", 256}}, kUnloads},  // a failed load is unloaded too
                  {{{"grep ipmi_devintf", 256}}, {Unload("ipmi_devintf")}}};
     for (const auto& c : cases) {
         FakePlatform shell;
         shell.statuses = c.statuses;
         DriverManager loader(&linuxHost);
-        ASSERT_EQ(loader.IsIPMIDriverAvailable(), 0);
+        ASSERT_EQ(loader.IsIPMIDriverAvailable() + loader.IsIPMIDriverAvailable(), 0);
+        EXPECT_EQ(shell.commands.size(), 3 + c.unloads.size());  // checked once; each missing one loaded
         shell.events.clear();
         EXPECT_EQ(loader.ReleaseIPMIDriver() + loader.ReleaseIPMIDriver(), 0);  // the second has nothing left
         Texts expected;
@@ -75,11 +69,9 @@ TEST_F(DriverManagerTest, EsxAndEsxiRunNoShellCommandButReleaseSkipsOnlyEsxi) {
         EXPECT_FALSE(host->IsDriverReady());
     }
     EXPECT_TRUE(platform.events.empty());
-    onEsxi.LoadIPMIDriver();
-    onEsx.LoadIPMIDriver();
+    for (DriverManager* host : {&onEsxi, &onEsx}) host->LoadIPMIDriver();
     platform.commands.clear();
-    onEsxi.ReleaseIPMIDriver();
-    onEsx.ReleaseIPMIDriver();
+    for (DriverManager* host : {&onEsxi, &onEsx}) host->ReleaseIPMIDriver();
     EXPECT_EQ(platform.commands, kUnloads);
 }
 
@@ -89,7 +81,7 @@ TEST_F(DriverManagerTest, SingleCommandsAnswerTheRawStatusAndKeepShellComplaints
     const BQMString si("ipmi_si", BQMString::BQM_ENCODING_UTF8);
     testing::internal::CaptureStderr();
     EXPECT_EQ(manager.IsDriverAvailable(si), 0x7F00);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");  // only the check silences the shell
     platform.complaint.clear();
     EXPECT_EQ(manager.LoadDriver(si) + manager.ReleaseDriver(si), 2 * 0x7F00);
     EXPECT_EQ(platform.events, Texts({Check("ipmi_si"), Load("ipmi_si"), "sleep 3000", Unload("ipmi_si")}));

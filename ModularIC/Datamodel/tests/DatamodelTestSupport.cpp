@@ -36,13 +36,3 @@ std::string OperatingSystem(const std::string& name, const std::string& major) {
            "\" minorVersion=\"0\" spMajorVersion=\"1\" spMinorVersion=\"2\" name=\"" + name +
            "\" buildNumber=\"3\" osCode=\"LIN\"/>\n";
 }
-
-std::string ManyDevices(size_t count, size_t unique) {
-    std::string body;
-    body.reserve(count * 210);
-    for (size_t i = 0; i < count; ++i) {
-        const std::string n = std::to_string(unique == 0 ? i : i % unique);
-        body += PciDevice(n, "1." + n, "FRMW", "Device " + n);
-    }
-    return Inventory(body);
-}

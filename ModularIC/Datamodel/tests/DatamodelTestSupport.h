@@ -8,8 +8,7 @@
 #include "FakeShmApi.h"
 #include "QVRSharedMemGlobals.h"
 
-// The fake shared memory every datamodel test runs on (installed before main),
-// so no test touches the machine's real progress segment.
+// The fake shared memory every datamodel test runs on (installed before main).
 FakeShmApi& TestShm();
 
 // Owns the records a test receives.
@@ -22,14 +21,12 @@ struct Records {
     const CDeviceInfo& operator[](size_t i) const { return *items[i]; }
 };
 
-// Builders of module output documents.
+// Module output documents and elements.
 std::string Inventory(const std::string& body);
 std::string PciDevice(const std::string& componentID, const std::string& version,
                       const std::string& componentType = "FRMW", const std::string& display = "NIC");
 std::string NonPciDevice(const std::string& componentID, const std::string& version, const std::string& fqdd,
                          const std::string& componentType = "FRMW");
 std::string OperatingSystem(const std::string& name, const std::string& major);
-// count PCI devices of unique distinct identities (0: all distinct), about 200 bytes each.
-std::string ManyDevices(size_t count, size_t unique);
 
 #endif

@@ -1,5 +1,6 @@
 #include "OutputTestSupport.h"
 
+#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -7,15 +8,14 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <sstream>
 #include <stdexcept>
 
 #include "QVROutputClock.h"
 
 namespace outtest {
 
-FixedClock::FixedClock() : m_hadTZ(std::getenv("TZ") != nullptr) {
-    if (m_hadTZ) m_oldTZ = std::getenv("TZ");
+FixedClock::FixedClock() : hadTZ(std::getenv("TZ") != nullptr) {
+    if (hadTZ) oldTZ = std::getenv("TZ");
     setenv("TZ", "UTC", 1);
     tzset();
     QVROutputClock::SetSource([] { return static_cast<std::time_t>(1456827725); });
@@ -23,47 +23,30 @@ FixedClock::FixedClock() : m_hadTZ(std::getenv("TZ") != nullptr) {
 
 FixedClock::~FixedClock() {
     QVROutputClock::SetSource(nullptr);
-    if (m_hadTZ)
-        setenv("TZ", m_oldTZ.c_str(), 1);
-    else
-        unsetenv("TZ");
+    hadTZ ? setenv("TZ", oldTZ.c_str(), 1) : unsetenv("TZ");
     tzset();
 }
 
-TempDir::TempDir() {
-    std::string pattern = std::filesystem::temp_directory_path().string() + "/qvr_output_XXXXXX";
-    if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
-    m_path = pattern;
+TempDir::TempDir() : path(std::filesystem::temp_directory_path().string() + "/qvr_output_XXXXXX") {
+    if (mkdtemp(path.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
 }
 
 TempDir::~TempDir() {
     std::error_code ignored;
-    std::filesystem::remove_all(m_path, ignored);
+    std::filesystem::remove_all(path, ignored);
 }
 
 std::string CaptureStdout(const std::function<void()>& action) {
-    std::string path = std::filesystem::temp_directory_path().string() + "/qvr_stdout_XXXXXX";
-    const int fd = mkstemp(path.data());
-    if (fd < 0) throw std::runtime_error("mkstemp failed");
-    std::cout.flush();
-    std::fflush(stdout);
-    const int saved = dup(STDOUT_FILENO);
-    dup2(fd, STDOUT_FILENO);
-    close(fd);
+    ::testing::internal::CaptureStdout();
     action();
     std::cout.flush();
     std::fflush(stdout);
-    dup2(saved, STDOUT_FILENO);
-    close(saved);
-    const std::string text = ReadFile(path);
-    std::remove(path.c_str());
-    return text;
+    return ::testing::internal::GetCapturedStdout();
 }
 
 std::string ReadFile(const std::string& path) {
-    std::ostringstream content;
-    content << std::ifstream(path, std::ios::binary).rdbuf();
-    return content.str();
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
 bool FileExists(const std::string& path) { return std::filesystem::exists(path); }
@@ -79,14 +62,7 @@ CDeviceInfo* MakePCIDevice(const std::string& display, const std::string& compon
                            unsigned char function) {
     CDeviceInfo* record = MakeNonPCIDevice("NOT-USED-FOR-PCI", "NOT-USED-EITHER", enumId, "");
     record->setDeviceType(QVR_DEVICE_PCI);
-    SPCIInfo pci;
-    pci.componentID = componentID;
-    pci.deviceID = "DID";
-    pci.subDeviceID = "SDID";
-    pci.vendorID = "VID";
-    pci.subVendorID = "SVID";
-    pci.display = display;
-    record->setPCIInfo(pci);
+    record->setPCIInfo(SPCIInfo{componentID, "DID", "SDID", "VID", "SVID", display});
     record->setBDFInfo(bus, device, function);
     record->setDisplay("DISPLAY");
     record->setVersion("16.5.0");
@@ -118,18 +94,8 @@ CDeviceInfo* MakeError(const std::string& display, const std::string& message) {
 }
 
 void AddOperatingSystem(QVRDataModel& model, bool full) {
-    SOSInfo os;
-    os.osVendor = "VENDOR";
-    os.osArch = "x64";
-    os.majorVersion = "7";
-    os.minorVersion = "2";
-    os.osCode = "RHEL7";
-    if (full) {
-        os.spMajorVersion = "1";
-        os.spMinorVersion = "0";
-        os.name = "Linux";
-        os.buildNumber = "1234";
-    }
+    const SOSInfo os = full ? SOSInfo{"VENDOR", "x64", "7", "2", "1", "0", "Linux", "1234", "RHEL7"}
+                            : SOSInfo{"VENDOR", "x64", "7", "2", "", "", "", "", "RHEL7"};
     CDeviceInfo record;
     record.setDependencyOS(std::vector<SOSInfo>(1, os));
     model.AddOperatingSystemInfo(&record);

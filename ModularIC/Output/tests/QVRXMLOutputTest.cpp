@@ -7,7 +7,6 @@
 #include "OutputTestSupport.h"
 #include "QVROptionKeys.h"
 #include "QVROutputterManager.h"
-#include "QVRXMLOutputStream.h"
 
 using namespace outtest;
 
@@ -50,16 +49,8 @@ const std::string kTwoErrors =
 class XMLOutput : public ::testing::Test {
 protected:
     void TearDown() override { QVROutputterManager::GetInstance()->Release(); }
-    bool Write() { return QVROutputterManager::GetInstance()->Write(&args, &model); }
-    void AddTwoErrors() {
-        model.Add(MakeError("DISPLAY-1", "module crashed & burned"));
-        model.Add(MakeError("DISPLAY-2", ""));
-    }
-
     FixedClock clock;
     TempDir dir;
-    QVRArgumentList args;
-    QVRDataModel model;
 };
 
 CDeviceInfo* WithType(CDeviceInfo* device, int type) {
@@ -89,22 +80,13 @@ TEST_F(XMLOutput, InventoryDocumentsByteForByte) {
              kIds + kPciApp + kNonPci},
         {"optional operating system attributes", [](QVRDataModel& m) { AddOperatingSystem(m, true); },
          kOs + " spMajorVersion=\"1\" spMinorVersion=\"0\" buildNumber=\"1234\"/>\n"},
-        {"unpadded lower-case hex", [](QVRDataModel& m) { m.Add(MakePCIDevice("P", "", "", 0xAF, 0x1f, 7)); },
-         "  <Device display=\"P\" function=\"7\" device=\"1f\" bus=\"af\" " + kIds + kPciApp},
-        {"PCI enum before componentID", [](QVRDataModel& m) { m.Add(MakePCIDevice("P", "C", "3", 1, 2, 3)); },
-         "  <Device display=\"P\" enum=\"3\" componentID=\"C\" function=\"3\" device=\"2\" bus=\"1\" " +
+        {"unpadded lower-case hex, enum before componentID",
+         [](QVRDataModel& m) { m.Add(MakePCIDevice("P", "C", "3", 0xAF, 0x1f, 7)); },
+         "  <Device display=\"P\" enum=\"3\" componentID=\"C\" function=\"7\" device=\"1f\" bus=\"af\" " +
              kIds + kPciApp},
-        {"non-PCI always has componentID",
-         [](QVRDataModel& m) {
-             CDeviceInfo* device = MakeNonPCIDevice("N", "", "", "");
-             device->setDisplay("");
-             device->setVersion("");
-             device->setComponentType("");
-             m.Add(device);
-         },
-         "  <Device display=\"N\" componentID=\"\">\n" + Application("", "", "")},
-        {"FQDD without enum", [](QVRDataModel& m) { m.Add(MakeNonPCIDevice("N", "7", "", "F.Q.D.D")); },
-         "  <Device display=\"N\" componentID=\"7\" FQDD=\"F.Q.D.D\">\n" + kBios},
+        {"non-PCI always has componentID, FQDD without enum",
+         [](QVRDataModel& m) { m.Add(MakeNonPCIDevice("N", "", "", "F.Q.D.D")); },
+         "  <Device display=\"N\" componentID=\"\" FQDD=\"F.Q.D.D\">\n" + kBios},
         {"other device types skipped",
          [](QVRDataModel& m) {
              m.Add(WithType(MakeNonPCIDevice("SKIPPED", "1", "", ""), 0));
@@ -128,42 +110,42 @@ TEST_F(XMLOutput, InventoryDocumentsByteForByte) {
     }
 }
 
-TEST_F(XMLOutput, FileWithoutEncodingOptionIsUtf16WithByteOrderMark) {
-    AddOperatingSystem(model, false);
-    args.insertValue(QVR_OPT_OUT, dir.Path("out.xml"));
-    ASSERT_TRUE(Write());
-    EXPECT_EQ(Utf16LeWithBom(Inventory("UTF-16", kOs + "/>\n")), ReadFile(dir.Path("out.xml")));
-}
-
-TEST_F(XMLOutput, StandardOutputIsUtf8WhateverTheEncodingAndErrorDocumentFollows) {
-    args.insertValue(QVR_OPT_ENCODE, "UTF-16");
-    EXPECT_EQ(Inventory("UTF-8", ""), CaptureStdout([&] { EXPECT_TRUE(Write()); }));
-    AddTwoErrors();
-    EXPECT_EQ(Inventory("UTF-8", "") + Declaration("UTF-8") + kTwoErrors, CaptureStdout([&] { Write(); }));
-}
-
-TEST_F(XMLOutput, ErrorDocumentGoesToTheLogFileInTheFileEncoding) {
-    AddTwoErrors();
-    args.insertValue(QVR_OPT_LOG, dir.Path("err.xml"));
-    args.insertValue(QVR_OPT_OUT, dir.Path("out.xml"));
-    ASSERT_TRUE(Write());
-    EXPECT_EQ(Utf16LeWithBom(Declaration("UTF-16") + kTwoErrors), ReadFile(dir.Path("err.xml")));
-    EXPECT_EQ(Utf16LeWithBom(Inventory("UTF-16", "")), ReadFile(dir.Path("out.xml")));
-}
-
-TEST_F(XMLOutput, NoErrorsNoErrorDocument) {
-    model.Add(MakeNonPCIDevice("DEVICE-NAME", "159", "1", "FQDD-STRING"));
-    args.insertValue(QVR_OPT_LOG, dir.Path("err.xml"));
-    args.insertValue(QVR_OPT_ENCODE, "UTF-8");
-    EXPECT_EQ(Inventory("UTF-8", kNonPci), CaptureStdout([&] { Write(); }));
-    EXPECT_FALSE(FileExists(dir.Path("err.xml")));
-}
-
-TEST(XMLOutputStream, EncodingRule) {
-    EXPECT_EQ(QVRXMLOutputStream::ChooseEncoding("", ""), "UTF-8");
-    EXPECT_EQ(QVRXMLOutputStream::ChooseEncoding("", "UTF-16"), "UTF-8");
-    EXPECT_EQ(QVRXMLOutputStream::ChooseEncoding("f.xml", ""), "UTF-16");
-    EXPECT_EQ(QVRXMLOutputStream::ChooseEncoding("f.xml", "UTF-8"), "UTF-8");
+// Standard output is always UTF-8; a file is UTF-16 with a byte-order mark unless
+// an encoding is given; the error document follows the inventory or goes to the log file.
+TEST_F(XMLOutput, WhereEachDocumentGoesAndInWhichEncoding) {
+    const std::string utf8 = Inventory("UTF-8", kOs + "/>\n"),
+                      utf16 = Utf16LeWithBom(Inventory("UTF-16", kOs + "/>\n"));
+    const struct {
+        const char *out, *log, *encoding;
+        bool errors;
+        std::string printed, outFile, logFile;
+    } rows[] = {
+        {"out.xml", "", nullptr, false, "", utf16, ""},
+        {"", "", "UTF-16", false, utf8, "", ""},
+        {"", "", "UTF-16", true, utf8 + Declaration("UTF-8") + kTwoErrors, "", ""},
+        {"out.xml", "err.xml", nullptr, true, "", utf16, Utf16LeWithBom(Declaration("UTF-16") + kTwoErrors)},
+        {"", "err.xml", "UTF-8", false, utf8, "", ""},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.printed + row.outFile + row.logFile);
+        TempDir rowDir;
+        QVRDataModel model;
+        AddOperatingSystem(model, false);
+        if (row.errors)
+            model.Add(MakeError("DISPLAY-1", "module crashed & burned")),
+                model.Add(MakeError("DISPLAY-2", ""));
+        QVRArgumentList args;
+        if (*row.out) args.insertValue(QVR_OPT_OUT, rowDir.Path(row.out));
+        if (*row.log) args.insertValue(QVR_OPT_LOG, rowDir.Path(row.log));
+        if (row.encoding) args.insertValue(QVR_OPT_ENCODE, row.encoding);
+        EXPECT_EQ(row.printed, CaptureStdout([&] {
+                      EXPECT_TRUE(QVROutputterManager::GetInstance()->Write(&args, &model));
+                  }));
+        EXPECT_EQ(row.outFile, ReadFile(rowDir.Path("out.xml")));
+        EXPECT_EQ(row.logFile, ReadFile(rowDir.Path("err.xml")));
+        EXPECT_EQ(FileExists(rowDir.Path("err.xml")), !row.logFile.empty());
+        QVROutputterManager::GetInstance()->Release();
+    }
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
 #ifndef IPMITESTSUPPORT_H
 #define IPMITESTSUPPORT_H
 
-// Fakes for the IPMI library's seams; each installs itself for its lifetime.
-
 #include <linux/ipmi.h>
 #include <stdlib.h>
 #include <sys/ioctl.h>
@@ -22,9 +20,10 @@
 #include "IBQMOSProbe.h"
 #include "IIPMIDeviceIO.h"
 
+// Fakes for the IPMI library's seams; each installs itself for its lifetime.
 // A scripted management controller behind the device node.
 class FakeIPMIDevice : public IIPMIDeviceIO {
-  public:
+public:
     static constexpr int kFd = 42;
     struct Sent {
         std::vector<int> head;  // network function, command, address length, type, channel, LUN
@@ -38,7 +37,6 @@ class FakeIPMIDevice : public IIPMIDeviceIO {
         bool foreignId = false;
         int error = 0;
     };
-
     FakeIPMIDevice() : mPrevious(IIPMIDeviceIO::SetForTesting(this)) {}
     ~FakeIPMIDevice() override { IIPMIDeviceIO::SetForTesting(mPrevious); }
 
@@ -52,12 +50,11 @@ class FakeIPMIDevice : public IIPMIDeviceIO {
     std::deque<int> waits;      // -1 error, 0 time-out, 1 readable, 2 only another descriptor; empty: 1
     std::deque<Reply> replies;  // empty: defaultAnswer
     std::vector<unsigned char> defaultAnswer = {0x00};
-
     std::vector<std::string> opened;
     std::vector<Sent> sent;
     std::vector<long> waitTimeouts;  // in microseconds
-    int receives = 0;
     std::vector<int> closed;
+    int receives = 0;
 
     int Open(const char* path) override {
         opened.push_back(path);
@@ -73,10 +70,7 @@ class FakeIPMIDevice : public IIPMIDeviceIO {
         errno = EINTR;
         return step < 0 ? -1 : step > 0 ? 1 : 0;
     }
-    int Close(int fd) override {
-        closed.push_back(fd);
-        return 0;
-    }
+    int Close(int fd) override { return closed.push_back(fd), 0; }
     int Ioctl(int fd, unsigned long request, void* argument) override {
         errno = EIO;
         if (fd != kFd || (request == IPMICTL_SEND_COMMAND && failSend)) return -1;
@@ -103,14 +97,13 @@ class FakeIPMIDevice : public IIPMIDeviceIO {
         return reply.error != 0 ? (errno = reply.error, -1) : 0;
     }
 
-  private:
+private:
     IIPMIDeviceIO* mPrevious;
 };
 
-// Records shell commands and sleeps. Commands containing a key of statuses get
-// its status (first match), others defaultStatus.
+// Records shell commands and sleeps; a command gets the status of the first key of statuses it contains.
 class FakePlatform : public IPlatformImpl {
-  public:
+public:
     static constexpr int kNotFound = 127 << 8;  // the shell's status for a missing command
     FakePlatform() : mPrevious(CPlatformLayer::SetImplForTesting(this)) {}
     ~FakePlatform() override { CPlatformLayer::SetImplForTesting(mPrevious); }
@@ -120,9 +113,8 @@ class FakePlatform : public IPlatformImpl {
         if (write(STDERR_FILENO, complaint.data(), complaint.size()) < 0) complaint.clear();
         commands.push_back(command);
         events.push_back(command);
-        for (const auto& entry : statuses) {
+        for (const auto& entry : statuses)
             if (command.find(entry.first) != std::string::npos) return entry.second;
-        }
         return defaultStatus;
     }
     void SleepMilliseconds(unsigned long milliseconds) override {
@@ -131,12 +123,12 @@ class FakePlatform : public IPlatformImpl {
     }
 
     std::vector<std::pair<std::string, int>> statuses;
-    int defaultStatus = 0;
+    int defaultStatus = 0;                      // for commands matching no key
     std::string complaint;                      // written to stderr by every command, as a shell would
     std::vector<std::string> commands, events;  // events: commands and "sleep <ms>" in order
     std::vector<unsigned long> sleeps;
 
-  private:
+private:
     IPlatformImpl* mPrevious;
 };
 
@@ -153,7 +145,7 @@ struct FakeOSProbe : IBQMOSProbe {
 
 // A fresh temporary directory as the current directory for the object's lifetime.
 class ScopedWorkingDirectory {
-  public:
+public:
     ScopedWorkingDirectory() : mPrevious(std::filesystem::current_path()) {
         char pattern[] = "/tmp/bqmipmi_test_XXXXXX";
         if (mkdtemp(pattern) != nullptr) std::filesystem::current_path(mPath = pattern);
@@ -167,10 +159,10 @@ class ScopedWorkingDirectory {
     static void Write(const std::string& name, const std::string& content) { std::ofstream(name) << content; }
     static std::string Read(const std::string& name) {
         std::ifstream in(name);
-        return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+        return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
     }
 
-  private:
+private:
     std::filesystem::path mPrevious;
     std::string mPath;
 };
