@@ -5,7 +5,6 @@
 
 #include <map>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "E2EHelpers.h"
@@ -16,20 +15,16 @@ namespace collection {
 
 extern const char kLockFile[];
 extern const char kAnotherInstance[];
-extern const char kNoInstance[];
 
-// One configured module. Its directory is <base>/<name>, its identity "/<name>",
-// and it is started as "./run.sh" from there. Empty fields are left out of the
-// configuration.
+// One configured module: directory <base>/<name>, identity "/<name>", started as
+// "./run.sh". Empty fields are left out of the configuration.
 struct Module {
-    Module() = default;
-    Module(std::string moduleName, std::string moduleScript)
-        : name(std::move(moduleName)), script(std::move(moduleScript)) {}
-
+    Module(std::string n, std::string s, std::string c = "NA")
+        : name(std::move(n)), script(std::move(s)), compType(std::move(c)) {}
     std::string name;
     std::string script;  // shell commands after "#!/bin/sh"
+    std::string compType;
     std::string guid;
-    std::string compType = "NA";
     std::string priority;
     std::string parallel;  // "_isParallelRunSupported"
     std::string type = "cli";
@@ -41,48 +36,49 @@ struct Config {
     // Generation nodes in file order: the node's "_type" and its modules.
     std::vector<std::pair<std::string, std::vector<Module>>> generations;
 };
+Config GenericOnly(std::vector<Module> modules);
 
-// Script pieces.
-std::string Emit(const std::string& text);                             // prints the text
-std::string Append(const std::string& path, const std::string& line);  // appends a line to a file
+using Args = std::vector<std::string>;
+using Errors = std::vector<std::pair<std::string, std::string>>;  // (module, message)
 
-// The inventory document as written in UTF-8 with the timestamp replaced by "T";
-// body holds the root's children, each line ending in "\n".
+std::string Emit(const std::string& text);  // script piece printing the text
+// A module document with one non-PCI device, and that device in the inventory.
+std::string DeviceDoc(const std::string& id);
+std::string DeviceBody(const std::string& id);
+
+// Expected documents, timestamps written as "T"; body lines end in "\n".
 std::string InventoryXml(const std::string& body, const std::string& encoding = "UTF-8");
-// The error document with one entry per (module, message).
-std::string ErrorXml(const std::vector<std::pair<std::string, std::string>>& entries,
-                     const std::string& encoding = "UTF-8");
-std::string ProgressXml(int total, int completed, const std::string& encoding = "UTF-8");
+std::string ErrorXml(const Errors& entries, const std::string& encoding = "UTF-8");
+std::string ProgressXml(int total, int completed);
 
-// Replaces every timestamp attribute value by "T"; a value not of the form
-// "YYYY-MM-DD HH:MM:SS" is a test failure.
+// Replaces every timestamp value by "T", failing on one not shaped "YYYY-MM-DD HH:MM:SS".
 std::string NormalizeTimestamps(const std::string& document);
-// Decodes little-endian UTF-16 behind a byte-order mark into UTF-8; a missing
-// mark is a test failure and gives "".
+// Little-endian UTF-16 behind a byte-order mark, as UTF-8; a missing mark fails.
 std::string Utf16LeToUtf8(const std::string& bytes);
 
-bool ProgressSegmentExists();
-void RemoveProgressSegment();
+// Exit status, standard output with timestamps normalized, and standard error.
+void ExpectResult(const e2e::ProcessResult& result, int exitStatus, const std::string& out,
+                  const std::string& err = "");
 
-// Fixture of every collection suite: a fresh module base directory, no lock file
-// before, neither lock file nor progress segment left after.
+bool ProgressSegmentExists();
+
+// A fresh module base directory; no lock file before, neither lock file nor
+// progress segment left after.
 class CollectionTest : public ::testing::Test {
 protected:
     void SetUp() override;
     void TearDown() override;
 
     void Install(const Config& config) const;
-    void WriteConfigText(const std::string& text) const;
-
-    // The collector started in the base directory.
-    e2e::ProcessResult Run(std::vector<std::string> args,
+    void WriteConfigText(const std::string& text) const { dir.WriteFile("icconfig_new.json", text); }
+    // The collector run in the base directory, under the simulated controller if asked.
+    e2e::ProcessResult Run(const Args& args, bool simulator = false,
                            const std::map<std::string, std::string>& environment = {}) const;
-    // The same with the simulated management controller.
-    e2e::ProcessResult RunWithSimulator(std::vector<std::string> args,
-                                        const std::map<std::string, std::string>& environment = {}) const;
 
-    // Lines of a marker file written by modules; empty when it does not exist.
-    std::vector<std::string> Lines(const std::string& relative) const;
+    // Script piece appending a line to ran.log, and the lines logged so far.
+    std::string Note(const std::string& line) const;
+    std::vector<std::string> Ran(bool sorted = false) const;
+    void ForgetRan() const;
 
     e2e::TempDir dir;
 };
