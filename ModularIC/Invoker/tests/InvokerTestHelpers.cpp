@@ -5,26 +5,24 @@
 
 #include <cerrno>
 #include <chrono>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
 #include <thread>
 
-#include "CPlatformLayer.h"
-
 namespace invoker_test {
 
-TempDir::TempDir() : m_cwd(CLinuxImpl().GetCurrentDirectory()) {
+TempDir::TempDir() : cwd(CLinuxImpl().GetCurrentDirectory()) {
     char pattern[] = "/tmp/sorvik-invoker-XXXXXX";
     if (mkdtemp(pattern) == nullptr) throw std::runtime_error("mkdtemp failed");
     path = pattern;
 }
 
 TempDir::~TempDir() {
-    CLinuxImpl().SetCurrentDirectory(m_cwd);
-    if (std::system(("rm -rf '" + path + "'").c_str()) != 0) {
-        // Left under /tmp; nothing more a destructor can do.
-    }
+    CLinuxImpl().SetCurrentDirectory(cwd);
+    std::error_code ignored;
+    std::filesystem::remove_all(path, ignored);
 }
 
 void WriteScript(const std::string& dir, const std::string& name, const std::string& body) {
@@ -55,15 +53,6 @@ bool ProcessDies(const std::string& pidFile) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     return false;
-}
-
-RecordingPlatform::RecordingPlatform() : m_previous(CPlatformLayer::SetImplForTesting(this)) {}
-
-RecordingPlatform::~RecordingPlatform() { CPlatformLayer::SetImplForTesting(m_previous); }
-
-int RecordingPlatform::RunShellCommand(const std::string& command) {
-    shellCommands.push_back(command);
-    return 0;
 }
 
 }  // namespace invoker_test

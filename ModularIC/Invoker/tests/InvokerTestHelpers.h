@@ -2,29 +2,24 @@
 #define INVOKERTESTHELPERS_H
 
 #include <algorithm>
-#include <functional>
 #include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "CLinuxImpl.h"
-#include "IPlatformImpl.h"
+#include "CPlatformLayer.h"
 #include "QVRDataModelManager.h"
 
 namespace invoker_test {
 
 // A fresh directory under /tmp, removed with its contents. Also restores the
 // working directory, which module runs change.
-class TempDir {
-public:
+struct TempDir {
     TempDir();
     ~TempDir();
     std::string Sub(const std::string& name) const { return path + "/" + name; }
-    std::string path;
-
-private:
-    std::string m_cwd;
+    std::string path, cwd;
 };
 
 // Writes an executable /bin/sh script dir/name, creating dir.
@@ -36,57 +31,32 @@ bool HasNoChildren();
 bool ProcessDies(const std::string& pidFile);
 
 // The real platform, except that shell commands are only recorded.
-class RecordingPlatform : public IPlatformImpl {
-public:
-    RecordingPlatform();
-    ~RecordingPlatform() override;
-    std::string GetCurrentDirectory() override { return m_real.GetCurrentDirectory(); }
-    bool SetCurrentDirectory(const std::string& dir) override { return m_real.SetCurrentDirectory(dir); }
-    int RunShellCommand(const std::string& command) override;
-    void SleepMilliseconds(unsigned long ms) override { m_real.SleepMilliseconds(ms); }
+struct RecordingPlatform : CLinuxImpl {
+    RecordingPlatform() : previous(CPlatformLayer::SetImplForTesting(this)) {}
+    ~RecordingPlatform() override { CPlatformLayer::SetImplForTesting(previous); }
+    int RunShellCommand(const std::string& command) override { return shellCommands.push_back(command), 0; }
     std::vector<std::string> shellCommands;
-
-private:
-    CLinuxImpl m_real;
-    IPlatformImpl* m_previous;
+    IPlatformImpl* previous;
 };
 
 // Keeps every module output handed over instead of parsing it.
-class RecordingDataModelManager : public QVRDataModelManager {
-public:
+struct RecordingDataModelManager : QVRDataModelManager {
     using QVRDataModelManager::WriteData;
     bool WriteData(std::string& moduleIdentity, std::string& output) override {
-        {
-            std::lock_guard<std::mutex> lock(m_mutex);
-            m_writes.emplace_back(moduleIdentity, output);
-        }
-        if (onWrite) onWrite();
+        std::lock_guard<std::mutex> lock(mutex);
+        writes.emplace_back(moduleIdentity, output);
         return true;
     }
     // Sorted by identity: pooled modules finish in any order.
     std::vector<std::pair<std::string, std::string>> Writes() {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        auto writes = m_writes;
-        std::sort(writes.begin(), writes.end());
-        return writes;
+        std::lock_guard<std::mutex> lock(mutex);
+        auto sorted = writes;
+        std::sort(sorted.begin(), sorted.end());
+        return sorted;
     }
-    std::function<void()> onWrite;  // called outside the lock; may throw
-
-private:
-    std::mutex m_mutex;
-    std::vector<std::pair<std::string, std::string>> m_writes;
+    std::mutex mutex;
+    std::vector<std::pair<std::string, std::string>> writes;
 };
-
-// The what() text of the E that action throws, or "no exception".
-template <class E, class F>
-std::string WhatOf(F action) {
-    try {
-        action();
-    } catch (const E& e) {
-        return e.what();
-    }
-    return "no exception";
-}
 
 }  // namespace invoker_test
 
