@@ -17,7 +17,11 @@ bool QVRXMLWriter::AddHeader(const char* version) {
     if (m_doc != nullptr) xmlFreeDoc(m_doc);
     m_root = nullptr;
     m_doc = xmlNewDoc(X(version));
-    return m_doc != nullptr;
+    if (m_doc == nullptr) return false;
+    // Element and attribute names repeat for every device: interned once in the
+    // document's dictionary instead of copied into every node.
+    m_doc->dict = xmlDictCreate();
+    return true;
 }
 
 bool QVRXMLWriter::AddHeader(const std::string& version) { return AddHeader(version.c_str()); }
@@ -46,7 +50,7 @@ xmlAttrPtr QVRXMLWriter::AddNodePropertyWithValue(xmlNodePtr node, const char* n
 
 xmlNodePtr QVRXMLWriter::AddNewChildNode(xmlNodePtr parent, const char* name) {
     if (parent == nullptr || name == nullptr) return nullptr;
-    xmlNodePtr node = xmlNewNode(nullptr, X(name));
+    xmlNodePtr node = xmlNewDocNode(parent->doc, nullptr, X(name), nullptr);
     if (node == nullptr) return nullptr;
     return AddChildNode(parent, node);
 }
