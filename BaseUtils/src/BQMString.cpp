@@ -9,21 +9,24 @@ const char32_t kReplacement = 0xFFFD;
 
 bool IsContinuation(unsigned char byte) { return (byte & 0xC0) == 0x80; }
 
+// Appends one valid code point as one UTF-16 unit or a surrogate pair.
+void AppendCodePoint(BQMString::BQMStringType& out, char32_t cp) {
+    if (cp >= 0x10000) {
+        cp -= 0x10000;
+        out.push_back(static_cast<unsigned short>(0xD800 + (cp >> 10)));
+        out.push_back(static_cast<unsigned short>(0xDC00 + (cp & 0x3FF)));
+    } else {
+        out.push_back(static_cast<unsigned short>(cp));
+    }
+}
+
 // Decodes UTF-8, replacing each maximal ill-formed subpart with one U+FFFD, so
 // truncated sequences, overlong forms, encoded surrogates and values past U+10FFFF
 // never slip through.
 void AppendUtf8(BQMString::BQMStringType& out, const char* text, std::size_t size) {
     const unsigned char* bytes = reinterpret_cast<const unsigned char*>(text);
     std::size_t i = 0;
-    auto put = [&out](char32_t cp) {
-        if (cp >= 0x10000) {
-            cp -= 0x10000;
-            out.push_back(static_cast<unsigned short>(0xD800 + (cp >> 10)));
-            out.push_back(static_cast<unsigned short>(0xDC00 + (cp & 0x3FF)));
-        } else {
-            out.push_back(static_cast<unsigned short>(cp));
-        }
-    };
+    auto put = [&out](char32_t cp) { AppendCodePoint(out, cp); };
     while (i < size) {
         const unsigned char lead = bytes[i];
         if (lead < 0x80) {
@@ -90,13 +93,7 @@ void AppendWide(BQMString::BQMStringType& out, const wchar_t* text) {
         }
         char32_t cp = static_cast<char32_t>(*text);
         if (cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF)) cp = kReplacement;
-        if (cp >= 0x10000) {
-            cp -= 0x10000;
-            out.push_back(static_cast<unsigned short>(0xD800 + (cp >> 10)));
-            out.push_back(static_cast<unsigned short>(0xDC00 + (cp & 0x3FF)));
-        } else {
-            out.push_back(static_cast<unsigned short>(cp));
-        }
+        AppendCodePoint(out, cp);
     }
 }
 
