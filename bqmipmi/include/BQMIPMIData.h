@@ -25,6 +25,9 @@ typedef struct _BQMIPMIConfiguration {
     unsigned char pollingStatus;
 } BQMIPMIConfiguration;
 
+// The library's timing where neither the caller nor the configuration file gives one.
+inline const _BQMIPMIConfiguration kBQMIPMIDefaultConfiguration = {60, 5, 5, 50, 0, 0};
+
 // One request and its response.
 typedef struct _BQMIPMICommandData {
     // Null: the library's default configuration applies.

@@ -30,14 +30,7 @@ void BQMIPMISessionHandler::DestroyInstance() {
     delete instance;
 }
 
-BQMIPMISessionHandler::BQMIPMISessionHandler() {
-    mDefaultConfiguration.pollInterval = 60;
-    mDefaultConfiguration.pollCount = 5;
-    mDefaultConfiguration.retryCount = 5;
-    mDefaultConfiguration.retryInterval = 50;
-    mDefaultConfiguration.pollingByte = 0;
-    mDefaultConfiguration.pollingStatus = 0;
-}
+BQMIPMISessionHandler::BQMIPMISessionHandler() : mDefaultConfiguration(kBQMIPMIDefaultConfiguration) {}
 
 BQMIPMISessionHandler::~BQMIPMISessionHandler() { Cleanup(); }
 

@@ -33,8 +33,6 @@ const unsigned char kCcSendFailed = 0x01;
 const unsigned char kCcTruncated = 0x10;
 const unsigned int kResponseDataRoom = BQMIPMI_MAX_BUFFER_LENGTH - 2;
 
-_BQMIPMIConfiguration kFallbackConfiguration = {60, 5, 5, 50, 0, 0};
-
 // Completion codes after which a retry cannot help.
 bool IsFinalCompletionCode(unsigned char cc) {
     if (cc <= 0x06) return true;
@@ -103,8 +101,8 @@ void IPMIProcessor::Release() {
 int IPMIProcessor::Process(CBQMIPMICommandData& command) {
     LogIPMIResponse(command);
 
-    _BQMIPMIConfiguration* configuration = command.GetConfigurationData();
-    if (configuration == nullptr) configuration = &kFallbackConfiguration;
+    const _BQMIPMIConfiguration* configuration = command.GetConfigurationData();
+    if (configuration == nullptr) configuration = &kBQMIPMIDefaultConfiguration;
     const unsigned int retryCount = configuration->retryCount;
     const unsigned int retryInterval = configuration->retryInterval;
 
@@ -198,8 +196,8 @@ int IPMIProcessor::Process(CBQMIPMICommandData& command) {
 }
 
 int IPMIProcessor::ExecuteCommand(CBQMIPMICommandData& command) {
-    _BQMIPMIConfiguration* configuration = command.GetConfigurationData();
-    if (configuration == nullptr) configuration = &kFallbackConfiguration;
+    const _BQMIPMIConfiguration* configuration = command.GetConfigurationData();
+    if (configuration == nullptr) configuration = &kBQMIPMIDefaultConfiguration;
     const unsigned int retryCount = configuration->retryCount;
     const unsigned int retryInterval = configuration->retryInterval;
 
