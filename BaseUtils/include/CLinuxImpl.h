@@ -8,7 +8,8 @@ class CLinuxImpl : public IPlatformImpl {
   public:
     std::string GetCurrentDirectory() override;
     bool SetCurrentDirectory(const std::string& dir) override;
-    int RunShellCommand(const std::string& command) override;
+    int RunShellCommand(const std::string& command, bool discardStderr) override;
+    int ReadShellOutput(const std::string& command, std::string& output) override;
     void SleepMilliseconds(unsigned long milliseconds) override;
 };
 

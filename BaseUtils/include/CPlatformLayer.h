@@ -11,7 +11,9 @@ class CPlatformLayer {
   public:
     static std::string getCurrentDirectory();
     static bool setCurrentDirectory(const std::string& dir);
-    static int RunShellCommand(const std::string& command);
+    // The shell's standard error reaches ours unless discardStderr is set.
+    static int RunShellCommand(const std::string& command, bool discardStderr = false);
+    static int ReadShellOutput(const std::string& command, std::string& output);
     static void SleepMilliseconds(unsigned long milliseconds);
 
     // Replaces the implementation; null restores the real one. Returns the

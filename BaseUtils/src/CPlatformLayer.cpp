@@ -19,6 +19,12 @@ std::string CPlatformLayer::getCurrentDirectory() { return Impl().GetCurrentDire
 
 bool CPlatformLayer::setCurrentDirectory(const std::string& dir) { return Impl().SetCurrentDirectory(dir); }
 
-int CPlatformLayer::RunShellCommand(const std::string& command) { return Impl().RunShellCommand(command); }
+int CPlatformLayer::RunShellCommand(const std::string& command, bool discardStderr) {
+    return Impl().RunShellCommand(command, discardStderr);
+}
+
+int CPlatformLayer::ReadShellOutput(const std::string& command, std::string& output) {
+    return Impl().ReadShellOutput(command, output);
+}
 
 void CPlatformLayer::SleepMilliseconds(unsigned long milliseconds) { Impl().SleepMilliseconds(milliseconds); }

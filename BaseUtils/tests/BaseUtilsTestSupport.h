@@ -38,9 +38,13 @@ class FakePlatformImpl : public IPlatformImpl {
     ~FakePlatformImpl() override { CPlatformLayer::SetImplForTesting(mPrevious); }
     std::string GetCurrentDirectory() override { return "/fake"; }
     bool SetCurrentDirectory(const std::string&) override { return false; }
-    int RunShellCommand(const std::string& command) override {
+    int RunShellCommand(const std::string& command, bool) override {
         commands.push_back(command);
         return shellStatus;
+    }
+    int ReadShellOutput(const std::string& command, std::string& output) override {
+        output = "output of " + command;
+        return RunShellCommand(command, true);
     }
     void SleepMilliseconds(unsigned long milliseconds) override { sleeps.push_back(milliseconds); }
 

@@ -4,16 +4,16 @@
 #include "BQMIPMIData.h"
 #include "BQMLoggingOptions.h"
 #include "BQMString.h"
-
-class IBQMIPMIDriverManager;
+#include "IBQMIPMIDriverManager.h"
 
 // The IPMI library's entry object: initialise, send requests, release. Loads
 // the kernel drivers when they are missing (and unloads them on Release), and
 // runs requests through the calling process's session. Not thread-safe.
 class BQMIPMIInterfaceImpl {
   public:
-    BQMIPMIInterfaceImpl();
-    // Does not unload drivers: call Release first.
+    // driverUnloadPauseMs: the wait before each driver unload on release.
+    explicit BQMIPMIInterfaceImpl(unsigned long driverUnloadPauseMs = kIPMIDriverUnloadPauseMs);
+    // Unloads the drivers this object loaded if Release did not.
     virtual ~BQMIPMIInterfaceImpl();
     BQMIPMIInterfaceImpl(const BQMIPMIInterfaceImpl&) = delete;
     BQMIPMIInterfaceImpl& operator=(const BQMIPMIInterfaceImpl&) = delete;
@@ -21,7 +21,8 @@ class BQMIPMIInterfaceImpl {
     // Turns logging on (marker file), makes sure the drivers are loaded, makes
     // config (when given) the default timing of later requests and opens the
     // device. 0 on success; the driver manager's non-zero answer when no
-    // driver could be loaded; 257 when the session could not be set up.
+    // driver could be loaded; 257 when the session could not be set up (the
+    // drivers it loaded are unloaded again before it returns).
     int Initialize(const _BQMIPMIConfiguration* config);
     // Names the configuration file, then Initialize(nullptr).
     int Initialize(BQMString configFile);
@@ -35,7 +36,11 @@ class BQMIPMIInterfaceImpl {
     int Release();
 
   private:
+    // Unloads what the driver manager loaded and drops it.
+    void ReleaseDrivers();
+
     BQMLoggingOptions mLoggerOptions;
+    unsigned long mDriverUnloadPauseMs;
     IBQMIPMIDriverManager* mDriverManager;
     bool mReady;
 };

@@ -1,6 +1,9 @@
 #ifndef DRIVERMANAGER_H
 #define DRIVERMANAGER_H
 
+#include <string>
+#include <vector>
+
 #include "BQMEnvironmentInfo.h"
 #include "BQMString.h"
 #include "IBQMIPMIDriverManager.h"
@@ -9,12 +12,14 @@
 // Checks for "ipmi_msghandler", "ipmi_devintf" and "ipmi_si" with lsmod, loads
 // the missing ones with modprobe and, on release, removes with rmmod exactly
 // those it found missing, three seconds apart, so the machine is left as it
-// was found. Does nothing on VMware ESX hosts. Every shell command goes through
-// CPlatformLayer. Not thread-safe.
+// was found. Modules the kernel loaded on top of them meanwhile (acpi_ipmi,
+// for one) hold them in place, so those go first. Does nothing on VMware ESX
+// hosts. Every shell command goes through CPlatformLayer. Not thread-safe.
 class DriverManager : public IBQMIPMIDriverManager {
   public:
     // probe, not owned, must outlive the object; null means the real system.
-    explicit DriverManager(IBQMOSProbe* probe = nullptr);
+    // unloadPauseMs is the wait before each rmmod of an IPMI driver.
+    explicit DriverManager(IBQMOSProbe* probe = nullptr, unsigned long unloadPauseMs = kIPMIDriverUnloadPauseMs);
     ~DriverManager() override;
     DriverManager(const DriverManager&) = delete;
     DriverManager& operator=(const DriverManager&) = delete;
@@ -25,7 +30,7 @@ class DriverManager : public IBQMIPMIDriverManager {
     // One shell command each; the raw status of the shell call (0 is success).
     int IsDriverAvailable(BQMString name);
     int LoadDriver(BQMString name);
-    // Pauses three seconds first.
+    // Pauses first (three seconds unless the constructor said otherwise).
     int ReleaseDriver(BQMString name);
 
     // Loads the modules not found loaded. 1 when all three loads failed, else 0.
@@ -40,6 +45,10 @@ class DriverManager : public IBQMIPMIDriverManager {
   private:
     // The operating-system name code: 18 VMware ESX, 19 VMware ESXi, 0 other.
     int GetOSName();
+    // The modules, outside the three drivers, that hold one of those about to be
+    // unloaded (directly or through each other): they can only have come with
+    // this run. Ordered so that each comes before what it holds.
+    std::vector<std::string> HoldersToUnload();
 
     BQMEnvironmentInfo mEnvironment;
     bool devIntfLoaded;
@@ -47,6 +56,7 @@ class DriverManager : public IBQMIPMIDriverManager {
     bool siLoaded;
     bool driverReady;
     bool loadAttempted;
+    unsigned long mUnloadPauseMs;
 };
 
 #endif

@@ -1,6 +1,9 @@
 #ifndef IBQMIPMIDRIVERMANAGER_H
 #define IBQMIPMIDRIVERMANAGER_H
 
+// The wait before each driver is unloaded, so the kernel is done with the device.
+constexpr unsigned long kIPMIDriverUnloadPauseMs = 3000;
+
 // Makes sure the kernel's IPMI drivers are loaded, and unloads again what it loaded.
 class IBQMIPMIDriverManager {
   public:

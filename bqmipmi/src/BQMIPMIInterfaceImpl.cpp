@@ -9,15 +9,23 @@
 #include "DriverManager.h"
 #include "InitializeBQMLogger.h"
 
-BQMIPMIInterfaceImpl::BQMIPMIInterfaceImpl() : mDriverManager(nullptr), mReady(false) {}
+BQMIPMIInterfaceImpl::BQMIPMIInterfaceImpl(unsigned long driverUnloadPauseMs)
+    : mDriverUnloadPauseMs(driverUnloadPauseMs), mDriverManager(nullptr), mReady(false) {}
 
-BQMIPMIInterfaceImpl::~BQMIPMIInterfaceImpl() { delete mDriverManager; }
+BQMIPMIInterfaceImpl::~BQMIPMIInterfaceImpl() { ReleaseDrivers(); }
+
+void BQMIPMIInterfaceImpl::ReleaseDrivers() {
+    if (mDriverManager == nullptr) return;
+    mDriverManager->ReleaseIPMIDriver();
+    delete mDriverManager;
+    mDriverManager = nullptr;
+}
 
 int BQMIPMIInterfaceImpl::Initialize(const _BQMIPMIConfiguration* config) {
     InitializeBQMLogger();
     BQM_LOG(BQM_LOG_INFO, "Started Logging for BQMIPMI Library");
 
-    if (mDriverManager == nullptr) mDriverManager = new (std::nothrow) DriverManager();
+    if (mDriverManager == nullptr) mDriverManager = new (std::nothrow) DriverManager(nullptr, mDriverUnloadPauseMs);
     if (mDriverManager == nullptr) return BQMIPMI_STATUS_INVALID;
     int driverStatus = mDriverManager->IsIPMIDriverAvailable();
     if (driverStatus != 0) {
@@ -29,10 +37,13 @@ int BQMIPMIInterfaceImpl::Initialize(const _BQMIPMIConfiguration* config) {
     }
 
     BQMIPMISessionHandler* handler = BQMIPMISessionHandler::GetInstance();
-    if (handler == nullptr) return BQMIPMI_STATUS_INVALID;
-    if (config != nullptr) handler->SetApplicationDefaultConfiguration(*config);
-    BQMIPMISession* session = handler->GetSession();
-    if (session == nullptr || !session->Initialize(nullptr)) return BQMIPMI_STATUS_INVALID;
+    if (handler != nullptr && config != nullptr) handler->SetApplicationDefaultConfiguration(*config);
+    BQMIPMISession* session = handler != nullptr ? handler->GetSession() : nullptr;
+    if (session == nullptr || !session->Initialize(nullptr)) {
+        // Callers give up on a failed Initialize: nothing loaded may stay behind.
+        ReleaseDrivers();
+        return BQMIPMI_STATUS_INVALID;
+    }
     mReady = true;
     return 0;
 }
@@ -67,11 +78,7 @@ int BQMIPMIInterfaceImpl::Release() {
     BQM_LOG(BQM_LOG_DEBUG, "BQMIPMIInterfaceImpl::Release() Entering");
     BQMIPMISessionHandler* handler = BQMIPMISessionHandler::GetInstance();
     int status = handler != nullptr ? handler->ReleaseSession() : BQMIPMI_STATUS_INVALID;
-    if (mDriverManager != nullptr) {
-        mDriverManager->ReleaseIPMIDriver();
-        delete mDriverManager;
-        mDriverManager = nullptr;
-    }
+    ReleaseDrivers();
     mReady = false;
     BQM_LOG(BQM_LOG_DEBUG, "BQMIPMIInterfaceImpl::Release() Leaving");
     return status & 0xFF;

@@ -1,10 +1,7 @@
 #include "DriverManager.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstdio>
+#include <algorithm>
+#include <sstream>
 #include <string>
 
 #include "BQMLogger.h"
@@ -25,46 +22,45 @@ namespace {
 
 const int kOSNameESX = 18;
 const int kOSNameESXi = 19;
-const unsigned long kUnloadPauseMs = 3000;
 
-// Points the process's standard error at /dev/null for its lifetime. The
-// check's redirection covers only grep, so a missing lsmod would otherwise
-// put the shell's complaint on the program's standard error.
-class ScopedStderrSilencer {
-  public:
-    ScopedStderrSilencer() : mSaved(-1) {
-        std::fflush(stderr);
-        int null = open("/dev/null", O_WRONLY | O_CLOEXEC);
-        if (null < 0) return;
-        mSaved = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
-        if (mSaved >= 0 && dup2(null, STDERR_FILENO) < 0) {
-            close(mSaved);
-            mSaved = -1;
-        }
-        close(null);
-    }
-    ~ScopedStderrSilencer() {
-        if (mSaved < 0) return;
-        while (dup2(mSaved, STDERR_FILENO) < 0 && errno == EINTR) {
-        }
-        close(mSaved);
-    }
-    ScopedStderrSilencer(const ScopedStderrSilencer&) = delete;
-    ScopedStderrSilencer& operator=(const ScopedStderrSilencer&) = delete;
-
-  private:
-    int mSaved;
+// One line of lsmod: "name size count holder,holder,...".
+struct LoadedModule {
+    std::string name;
+    std::vector<std::string> holders;
 };
+
+std::vector<LoadedModule> ParseModuleList(const std::string& text) {
+    std::vector<LoadedModule> modules;
+    std::istringstream lines(text);
+    std::string line;
+    std::getline(lines, line);  // the heading
+    while (std::getline(lines, line)) {
+        std::istringstream fields(line);
+        LoadedModule module;
+        std::string size, count, users;
+        if (!(fields >> module.name >> size >> count)) continue;
+        fields >> users;
+        std::istringstream names(users);
+        std::string holder;
+        while (std::getline(names, holder, ',')) {
+            // "-" and "[permanent]" say something about the module, not who holds it.
+            if (!holder.empty() && holder != "-" && holder[0] != '[') module.holders.push_back(holder);
+        }
+        modules.push_back(module);
+    }
+    return modules;
+}
 
 }  // namespace
 
-DriverManager::DriverManager(IBQMOSProbe* probe)
+DriverManager::DriverManager(IBQMOSProbe* probe, unsigned long unloadPauseMs)
     : mEnvironment(probe),
       devIntfLoaded(false),
       msgHandlerLoaded(false),
       siLoaded(false),
       driverReady(false),
-      loadAttempted(false) {}
+      loadAttempted(false),
+      mUnloadPauseMs(unloadPauseMs) {}
 
 DriverManager::~DriverManager() {
     BQM_LOG(BQM_LOG_DEBUG, "Entering DriverManager::~DriverManager()");
@@ -79,11 +75,9 @@ int DriverManager::GetOSName() {
 int DriverManager::IsDriverAvailable(BQMString name) {
     std::string command =
         std::string(gLsmodCommand) + gPipeSymbol + gGrepCommand + name.GetUTF8String() + gNullRedirection;
-    int status;
-    {
-        ScopedStderrSilencer silence;
-        status = CPlatformLayer::RunShellCommand(command);
-    }
+    // The redirection covers only grep: a missing lsmod would otherwise put the
+    // shell's complaint on our standard error.
+    const int status = CPlatformLayer::RunShellCommand(command, true);
     BQM_LOG(BQM_LOG_INFO, "Command %s, Exit code : %d", command.c_str(), status);
     return status;
 }
@@ -97,7 +91,7 @@ int DriverManager::LoadDriver(BQMString name) {
 
 int DriverManager::ReleaseDriver(BQMString name) {
     // The pause lets the kernel finish with the device before its module goes.
-    sleep_in_ms(kUnloadPauseMs);
+    sleep_in_ms(mUnloadPauseMs);
     std::string command = std::string(gRmmodCommand) + name.GetUTF8String() + gNullRedirection;
     int status = CPlatformLayer::RunShellCommand(command);
     BQM_LOG(BQM_LOG_INFO, "Command : %s, exit code : %d", command.c_str(), status);
@@ -165,6 +159,11 @@ int DriverManager::ReleaseIPMIDriver() {
     // Only ESXi is excluded here; ESX never gets past IsIPMIDriverAvailable's
     // check, so nothing was loaded there.
     if (loadAttempted && GetOSName() != kOSNameESXi) {
+        for (const std::string& holder : HoldersToUnload()) {
+            const std::string command = std::string(gRmmodCommand) + holder + gNullRedirection;
+            const int status = CPlatformLayer::RunShellCommand(command);
+            BQM_LOG(BQM_LOG_INFO, "Command : %s, exit code : %d", command.c_str(), status);
+        }
         struct {
             const char* name;
             bool loaded;
@@ -184,4 +183,31 @@ int DriverManager::ReleaseIPMIDriver() {
     }
     BQM_LOG(BQM_LOG_DEBUG, "DriverManager::ReleaseIPMIDriver() Leaving");
     return 0;
+}
+
+std::vector<std::string> DriverManager::HoldersToUnload() {
+    std::string listing;
+    if (CPlatformLayer::ReadShellOutput("lsmod", listing) != 0) return {};
+    const std::vector<LoadedModule> loaded = ParseModuleList(listing);
+
+    std::vector<std::string> leaving;  // the drivers to be unloaded, then the holders found
+    if (!siLoaded) leaving.push_back(gIPMISiDriver);
+    if (!devIntfLoaded) leaving.push_back(gIPMIDevIntfDriver);
+    if (!msgHandlerLoaded) leaving.push_back(gIPMIMsgHandlerDriver);
+    const std::size_t drivers = leaving.size();
+    const char* const ownDrivers[] = {gIPMISiDriver, gIPMIDevIntfDriver, gIPMIMsgHandlerDriver};
+    // A few modules at most: the list is walked again for each one found.
+    for (std::size_t next = 0; next < leaving.size(); ++next) {
+        for (const LoadedModule& module : loaded) {
+            if (module.name != leaving[next]) continue;
+            for (const std::string& holder : module.holders) {
+                const bool ownDriver =
+                    std::find(std::begin(ownDrivers), std::end(ownDrivers), holder) != std::end(ownDrivers);
+                if (!ownDriver && std::find(leaving.begin(), leaving.end(), holder) == leaving.end())
+                    leaving.push_back(holder);
+            }
+        }
+    }
+    // Found later means holding something found earlier: unload in reverse.
+    return std::vector<std::string>(leaving.rbegin(), leaving.rend() - static_cast<std::ptrdiff_t>(drivers));
 }

@@ -14,6 +14,8 @@
 
 namespace {
 
+typedef std::vector<std::string> Texts;
+
 class BQMIPMIInterfaceImplTest : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -58,6 +60,32 @@ TEST_F(BQMIPMIInterfaceImplTest, NoDriverOrNoDeviceFailsInitialize) {
     EXPECT_EQ(library.Initialize(&generationConfig), 257);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "Can't open IPMI device\n");
     EXPECT_EQ(library.IPMIRequest(&request), 257);
+}
+
+TEST_F(BQMIPMIInterfaceImplTest, DriversLoadedForADeviceThatNeverOpensAreUnloadedBeforeInitializeReturns) {
+    platform.statuses = {{"lsmod", 256}};  // none loaded; every load works
+    device.openable.clear();
+    BQMIPMIInterfaceImpl quick(0);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(quick.Initialize(&generationConfig), 257);
+    testing::internal::GetCapturedStderr();
+    Texts unloads;
+    for (const std::string& command : platform.commands)
+        if (command.rfind("rmmod ", 0) == 0) unloads.push_back(command.substr(0, command.find(' ', 6)));
+    EXPECT_EQ(unloads, (Texts{"rmmod ipmi_si", "rmmod ipmi_devintf", "rmmod ipmi_msghandler"}));
+    EXPECT_EQ(platform.sleeps.size(), 5u + 3u);  // the open's five retries, then the chosen 0 ms pauses
+    platform.commands.clear();
+    quick.Release();
+    EXPECT_TRUE(platform.commands.empty());  // nothing is unloaded twice
+}
+
+TEST_F(BQMIPMIInterfaceImplTest, DestroyingWithoutReleaseStillUnloadsTheDrivers) {
+    platform.statuses = {{"grep ipmi_si", 256}};
+    {
+        BQMIPMIInterfaceImpl forgotten(0);
+        ASSERT_EQ(forgotten.Initialize(&generationConfig), 0);
+    }
+    EXPECT_EQ(platform.commands.back(), "rmmod ipmi_si > /dev/null 2>&1 ");
 }
 
 TEST_F(BQMIPMIInterfaceImplTest, ConfigurationFileOverridesTheGivenTimingAndTheRequestsOwn) {

@@ -55,9 +55,65 @@ TEST_F(DriverManagerTest, ReleaseUnloadsWhatWasMissingInReverseOrderThreeSeconds
         shell.events.clear();
         EXPECT_EQ(loader.ReleaseIPMIDriver() + loader.ReleaseIPMIDriver(), 0);  // the second has nothing left
         Texts expected;
+        if (!c.unloads.empty()) expected.push_back("read lsmod");
         for (const std::string& unload : c.unloads) expected.insert(expected.end(), {"sleep 3000", unload});
         EXPECT_EQ(shell.events, expected);
     }
+}
+
+TEST_F(DriverManagerTest, ModulesThatCameWithTheRunAndHoldADriverGoFirstWithoutPause) {
+    const char* const heading = "Module                  Size  Used by\n";
+    const struct {
+        const char* state;       // what lsmod shows at release
+        bool devIntfWasLoaded;   // found loaded before the run
+        Texts holders;           // unloaded before the drivers, in this order
+    } cases[] = {
+        // acpi_ipmi arrived with the drivers and holds two of them; ipmi_watchdog
+        // came the same way; an unrelated module is left alone.
+        {"ipmi_si 61440 1 acpi_ipmi\nacpi_ipmi 20480 0\nipmi_devintf 20480 0\n"
+         "ipmi_msghandler 77824 4 ipmi_devintf,ipmi_si,acpi_ipmi,ipmi_watchdog,\nipmi_watchdog 32768 0 -\n"
+         "e1000e 290816 0\n",
+         false,
+         {Unload("ipmi_watchdog"), Unload("acpi_ipmi")}},
+        // A holder of a holder goes before it.
+        {"ipmi_msghandler 77824 2 ipmi_si,ipmi_ssif\nipmi_ssif 40960 1 ssif_extra\nssif_extra 4096 0\n",
+         false,
+         {Unload("ssif_extra"), Unload("ipmi_ssif")}},
+        // Nothing new holds them.
+        {"ipmi_si 61440 0\nipmi_msghandler 77824 2 ipmi_devintf,ipmi_si\n", false, {}},
+        // ipmi_devintf was there before: its holders are not this run's doing.
+        {"ipmi_devintf 20480 1 someone_else\nipmi_msghandler 77824 1 ipmi_devintf [permanent]\n",
+         true,
+         {}},
+    };
+    for (const auto& c : cases) {
+        FakePlatform shell;
+        shell.statuses = {{"lsmod", 256}};
+        if (c.devIntfWasLoaded) shell.statuses.insert(shell.statuses.begin(), {"grep ipmi_devintf", 0});
+        shell.lsmodOutput = std::string(heading) + c.state;
+        DriverManager loader(&linuxHost);
+        ASSERT_EQ(loader.IsIPMIDriverAvailable(), 0);
+        shell.events.clear();
+        loader.ReleaseIPMIDriver();
+        Texts expected = {"read lsmod"};
+        expected.insert(expected.end(), c.holders.begin(), c.holders.end());
+        for (const char* driver : {"ipmi_si", "ipmi_devintf", "ipmi_msghandler"}) {
+            if (c.devIntfWasLoaded && std::string(driver) == "ipmi_devintf") continue;
+            expected.insert(expected.end(), {"sleep 3000", Unload(driver)});
+        }
+        EXPECT_EQ(shell.events, expected) << c.state;
+    }
+    // No listing (no lsmod): the drivers are still unloaded as always.
+    FakePlatform noListing;
+    noListing.statuses = {{"lsmod", 256}};
+    noListing.lsmodStatus = 127 << 8;
+    noListing.lsmodOutput = std::string(heading) + "ipmi_si 1 1 acpi_ipmi\n";
+    DriverManager loader(&linuxHost, 0);
+    loader.IsIPMIDriverAvailable();
+    noListing.commands.clear();
+    loader.ReleaseIPMIDriver();
+    EXPECT_EQ(noListing.commands, kUnloads);
+    EXPECT_EQ(noListing.sleeps, (std::vector<unsigned long>{0, 0, 0}));  // the pause the caller chose
 }
 
 TEST_F(DriverManagerTest, EsxAndEsxiRunNoShellCommandButReleaseSkipsOnlyEsxi) {

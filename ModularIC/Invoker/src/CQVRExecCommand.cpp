@@ -110,7 +110,9 @@ bool CQVRExecCommand::ReadConsoleBuffer() {
 }
 
 void CQVRExecCommand::KillChild() {
-    CPlatformLayer::RunShellCommand(BuildKillCommand(static_cast<long>(getpid()), m_command));
+    // ps never shows the shell's command line, so the line's kill usually has no
+    // process id to take: its complaints stay off our standard error.
+    CPlatformLayer::RunShellCommand(BuildKillCommand(static_cast<long>(getpid()), m_command), true);
     // The line above matches only what ps names, and the direct child is the
     // shell; the group holds the module and everything it started.
     m_pSpawner->KillProcessGroup(m_pipe.pid);

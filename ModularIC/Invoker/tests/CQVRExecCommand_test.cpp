@@ -99,6 +99,7 @@ TEST_F(CQVRExecCommandTest, TimeOutRunsTheKillLineAndDiscardsPartialOutput) {
     EXPECT_EQ(9, command.GetExitStatus());
     EXPECT_EQ(Calls{"kill -9 `ps --ppid " + std::to_string(getpid()) + " | grep mod arg | awk '{print $1}'`"},
               platform.shellCommands);
+    EXPECT_EQ(std::vector<bool>{true}, platform.quietShellCommands);  // its complaints stay off stderr
     EXPECT_EQ((Calls{"start", "killpg", "close", "reap"}), spawner.calls);
     EXPECT_TRUE(command.IsProcessCompleted());
 }

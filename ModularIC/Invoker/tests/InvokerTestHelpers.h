@@ -34,8 +34,13 @@ bool ProcessDies(const std::string& pidFile);
 struct RecordingPlatform : CLinuxImpl {
     RecordingPlatform() : previous(CPlatformLayer::SetImplForTesting(this)) {}
     ~RecordingPlatform() override { CPlatformLayer::SetImplForTesting(previous); }
-    int RunShellCommand(const std::string& command) override { return shellCommands.push_back(command), 0; }
+    int RunShellCommand(const std::string& command, bool discardStderr) override {
+        shellCommands.push_back(command);
+        quietShellCommands.push_back(discardStderr);
+        return 0;
+    }
     std::vector<std::string> shellCommands;
+    std::vector<bool> quietShellCommands;
     IPlatformImpl* previous;
 };
 

@@ -109,13 +109,19 @@ public:
     ~FakePlatform() override { CPlatformLayer::SetImplForTesting(mPrevious); }
     std::string GetCurrentDirectory() override { return "/"; }
     bool SetCurrentDirectory(const std::string&) override { return true; }
-    int RunShellCommand(const std::string& command) override {
-        if (write(STDERR_FILENO, complaint.data(), complaint.size()) < 0) complaint.clear();
+    int RunShellCommand(const std::string& command, bool discardStderr) override {
+        if (!discardStderr && write(STDERR_FILENO, complaint.data(), complaint.size()) < 0) complaint.clear();
         commands.push_back(command);
         events.push_back(command);
         for (const auto& entry : statuses)
             if (command.find(entry.first) != std::string::npos) return entry.second;
         return defaultStatus;
+    }
+    // The module listing is "lsmodOutput"; reading it is an event of its own.
+    int ReadShellOutput(const std::string& command, std::string& output) override {
+        events.push_back("read " + command);
+        output = lsmodOutput;
+        return lsmodStatus;
     }
     void SleepMilliseconds(unsigned long milliseconds) override {
         sleeps.push_back(milliseconds);
@@ -124,7 +130,9 @@ public:
 
     std::vector<std::pair<std::string, int>> statuses;
     int defaultStatus = 0;                      // for commands matching no key
-    std::string complaint;                      // written to stderr by every command, as a shell would
+    std::string complaint;    // written to stderr by every command not discarding it, as a shell would
+    std::string lsmodOutput;  // what "lsmod" prints
+    int lsmodStatus = 0;
     std::vector<std::string> commands, events;  // events: commands and "sleep <ms>" in order
     std::vector<unsigned long> sleeps;
 
