@@ -9,6 +9,7 @@
 #include "CQVRBadAllocException.h"
 #include "CQVRICException.h"
 #include "CQVRICInvoker.h"
+#include "CQVRInterruptHandler.h"
 #include "CQVRModuleList.h"
 #include "CQVRModuleManager.h"
 #include "CSharedMemReader.h"
@@ -80,7 +81,10 @@ CQVRController::~CQVRController() {
     delete m_pDataModel;
     delete m_pModuleList;
     // Only a descriptor this process locked is released: releasing removes the file.
-    if (m_lockFileID >= 0) m_pLockManager->ReleaseProcessLock(m_lockFileID);
+    if (m_lockFileID >= 0) {
+        CQVRInterruptHandler::SetCleanup(nullptr);
+        m_pLockManager->ReleaseProcessLock(m_lockFileID);
+    }
     delete m_pLockManager;
 }
 
@@ -159,6 +163,12 @@ unsigned int CQVRController::CheckForProgressOption() {
 
         SetLockFileID(m_pLockManager->ProcessLock());
         if (m_lockFileID == kLockError) return QVR_RESULT_LOCK_ERROR;
+        if (m_lockFileID >= 0) {
+            // An interrupted run must not leave its lock file behind.
+            CLockManager* lockManager = m_pLockManager;
+            const int handle = m_lockFileID;
+            CQVRInterruptHandler::SetCleanup([lockManager, handle] { lockManager->ReleaseProcessLock(handle); });
+        }
 
         if (progress) {
             if (m_lockFileID == kNoLock) return WriteICProgress();

@@ -1,6 +1,7 @@
 #include <malloc.h>
 
 #include "CQVRController.h"
+#include "CQVRInterruptHandler.h"
 #include "QVRMain.h"
 
 int main(int argc, char** argv) {
@@ -9,5 +10,6 @@ int main(int argc, char** argv) {
     // first large free afterwards, which costs more than the whole parse; without
     // fast bins each free merges at once.
     mallopt(M_MXFAST, 0);
+    CQVRInterruptHandler::Install();
     return QVRMain(argc, argv, [] { return std::unique_ptr<CQVRController>(new CQVRController()); });
 }

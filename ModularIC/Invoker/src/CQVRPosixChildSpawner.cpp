@@ -11,6 +11,8 @@
 #include <cstring>
 #include <ctime>
 
+#include "CQVRChildRegistry.h"
+
 extern char** environ;
 
 namespace {
@@ -41,21 +43,26 @@ private:
 
 const int kMaxPauseMs = 50;
 
+// Waits (or with WNOHANG only looks) for pid to exit without reaping it: the
+// registry reaps, so that an interrupt never signals a group id already freed.
+// 1 exited, 0 still running, -1 cannot be waited for.
+int WaitForExit(pid_t pid, int flags) {
+    for (;;) {
+        siginfo_t info;
+        info.si_pid = 0;
+        if (waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOWAIT | flags) == 0)
+            return info.si_pid == 0 ? 0 : 1;
+        if (errno != EINTR) return -1;
+    }
+}
+
 // Reaps pid if it has exited: true with its wait status (or -1 when it can no
 // longer be waited for); false while it runs.
 bool TryReap(pid_t pid, int& status) {
-    for (;;) {
-        int waitStatus = 0;
-        pid_t rc = waitpid(pid, &waitStatus, WNOHANG);
-        if (rc == pid) {
-            status = waitStatus;
-            return true;
-        }
-        if (rc == 0) return false;
-        if (errno == EINTR) continue;
-        status = -1;
-        return true;
-    }
+    const int exited = WaitForExit(pid, WNOHANG);
+    if (exited == 0) return false;
+    status = exited > 0 ? CQVRChildRegistry::Instance().ReapExited(pid) : -1;
+    return true;
 }
 
 void Sleep(int milliseconds) {
@@ -150,12 +157,21 @@ bool CQVRPosixChildSpawner::Start(const std::string& command, QVRChildHandle& ch
     char flag[] = "-c";
     char* const argv[] = {shellName, flag, &shellCommand[0], nullptr};
 
+    CQVRChildRegistry& registry = CQVRChildRegistry::Instance();
+    if (!registry.BeginStart()) {
+        error = "the collection is being ended";
+        return false;
+    }
     pid_t pid = -1;
     {
         ScopedSignalBlock block;
         pid = fork();
         if (pid == 0) ExecShell(writeEnd.Get(), devNull.Get(), errorWrite.Get(), argv);
     }
+    // Set here too: the group must exist before anyone can signal it, whether
+    // or not the child has got to its own setpgid yet.
+    if (pid > 0) setpgid(pid, pid);
+    registry.EndStart(pid);
     if (pid < 0) {
         error = ErrorText("fork", errno);
         return false;
@@ -171,8 +187,7 @@ bool CQVRPosixChildSpawner::Start(const std::string& command, QVRChildHandle& ch
     } while (got < 0 && errno == EINTR);
     if (got > 0) {
         error = ErrorText("exec /bin/sh", childError);
-        while (waitpid(pid, nullptr, 0) < 0 && errno == EINTR) {
-        }
+        registry.ReapExited(pid);
         return false;
     }
     child.pid = pid;
@@ -208,13 +223,7 @@ void CQVRPosixChildSpawner::KillProcessGroup(pid_t pgid) {
 }
 
 int CQVRPosixChildSpawner::Reap(pid_t pid) {
-    for (;;) {
-        int waitStatus = 0;
-        pid_t rc = waitpid(pid, &waitStatus, 0);
-        if (rc == pid) return waitStatus;
-        if (rc < 0 && errno == EINTR) continue;
-        return -1;
-    }
+    return WaitForExit(pid, 0) > 0 ? CQVRChildRegistry::Instance().ReapExited(pid) : -1;
 }
 
 bool CQVRPosixChildSpawner::WaitExit(pid_t pid, int timeoutMs, int& status) {

@@ -1,0 +1,116 @@
+#include <signal.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <fstream>
+#include <future>
+#include <sstream>
+#include <thread>
+
+#include "CollectionSupport.h"
+
+namespace collection {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+std::string ReadText(const std::string& path) {
+    std::ifstream in(path);
+    std::stringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+// The fields of /proc/<pid>/stat after the command name: state first.
+std::vector<std::string> StatFields(pid_t pid) {
+    const std::string text = ReadText("/proc/" + std::to_string(pid) + "/stat");
+    std::istringstream rest(text.substr(text.rfind(')') + 1));
+    std::vector<std::string> fields;
+    for (std::string field; rest >> field;) fields.push_back(field);
+    return fields;
+}
+
+// Gone, or a zombie waiting for whoever inherited it.
+bool IsDead(pid_t pid) {
+    const std::vector<std::string> fields = StatFields(pid);
+    return fields.empty() || fields[0] == "Z";
+}
+
+bool DiesWithin(pid_t pid, std::chrono::milliseconds limit) {
+    for (const auto until = Clock::now() + limit; Clock::now() < until;) {
+        if (IsDead(pid)) return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return IsDead(pid);
+}
+
+class InterruptSerial : public CollectionTest {
+protected:
+    // Each module notes its own pid and its background child's, then waits for both.
+    void InstallSleepers(int count) {
+        std::vector<Module> modules;
+        for (int i = 0; i < count; ++i) {
+            const std::string pids = dir.PathOf("pids" + std::to_string(i));
+            modules.emplace_back("m" + std::to_string(i),
+                                 "sleep 60 &\necho \"$$ $!\" > '" + pids + ".tmp'\nmv '" + pids + ".tmp' '" + pids +
+                                     "'\nwait\n" + Emit(DeviceDoc(std::to_string(i))));
+        }
+        Install(GenericOnly(modules));
+    }
+
+    // The pids noted by every module once all are running; empty after 10 s.
+    std::vector<pid_t> WaitForModules(int count) {
+        for (const auto until = Clock::now() + std::chrono::seconds(10); Clock::now() < until;) {
+            std::vector<pid_t> pids;
+            for (int i = 0; i < count && dir.Exists("pids" + std::to_string(i)); ++i) {
+                std::istringstream line(dir.ReadFile("pids" + std::to_string(i)));
+                for (long pid; line >> pid;) pids.push_back(static_cast<pid_t>(pid));
+            }
+            if (pids.size() == static_cast<std::size_t>(2 * count)) return pids;
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+        return {};
+    }
+};
+
+TEST_F(InterruptSerial, EachSignalEndsEveryModuleGroupReleasesTheLockAndExitsAtOnce) {
+    const struct {
+        int sig;
+        bool toGroup;  // as a terminal's Ctrl-C does
+    } cases[] = {{SIGINT, false}, {SIGTERM, false}, {SIGHUP, false}, {SIGINT, true}};
+    const int modules = 3;
+    InstallSleepers(modules);
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(strsignal(c.sig)) + (c.toGroup ? " to the group" : ""));
+        for (int i = 0; i < modules; ++i) ::unlink(dir.PathOf("pids" + std::to_string(i)).c_str());
+        std::future<e2e::ProcessResult> run =
+            std::async(std::launch::async, [this] { return Run({"-outc=" + dir.PathOf("inv.xml")}, true); });
+        const std::vector<pid_t> pids = WaitForModules(modules);
+        ASSERT_FALSE(pids.empty()) << "the modules never started";
+        const std::vector<std::string> moduleStat = StatFields(pids[0]);
+        ASSERT_GT(moduleStat.size(), 2u);
+        const pid_t group = static_cast<pid_t>(std::atol(moduleStat[2].c_str()));
+        // The module's group leader is the shell the collector started.
+        const pid_t collector = static_cast<pid_t>(std::atol(StatFields(group)[1].c_str()));
+        ASSERT_TRUE(e2e::PathExists(kLockFile));
+
+        const auto sent = Clock::now();
+        ASSERT_EQ(::kill(c.toGroup ? -collector : collector, c.sig), 0);
+        ASSERT_EQ(run.wait_for(std::chrono::seconds(5)), std::future_status::ready);
+        const auto took = Clock::now() - sent;
+        const e2e::ProcessResult result = run.get();
+        EXPECT_EQ(result.exitStatus, 128 + c.sig);
+        EXPECT_LT(took, std::chrono::seconds(1));
+        EXPECT_EQ(result.err, "");
+        EXPECT_FALSE(e2e::PathExists(kLockFile));
+        EXPECT_FALSE(dir.Exists("inv.xml"));
+        for (pid_t pid : pids) {
+            EXPECT_TRUE(DiesWithin(pid, std::chrono::milliseconds(500))) << "module process " << pid << " survived";
+            if (!IsDead(pid)) ::kill(pid, SIGKILL);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace collection
