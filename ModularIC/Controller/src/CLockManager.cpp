@@ -27,6 +27,8 @@ public:
     }
     // Retrying close after EINTR could close a descriptor reused by another thread.
     int Close(int fd) override { return ::close(fd); }
+    int Fstat(int fd, struct stat* info) override { return ::fstat(fd, info); }
+    int Stat(const char* path, struct stat* info) override { return ::stat(path, info); }
     int Unlink(const char* path) override { return ::unlink(path); }
     pid_t GetProcessId() override { return ::getpid(); }
 };
@@ -48,16 +50,32 @@ struct flock WholeFileRequest(short type, pid_t pid) {
 CLockManager::CLockManager(ILockFileOps* ops) : m_ops(ops != nullptr ? *ops : g_posixLockFileOps) {}
 
 int CLockManager::ProcessLock() {
-    // Close-on-exec keeps modules from inheriting the lock descriptor; no-follow
-    // refuses a link planted in the world-writable lock directory.
-    const int fd = m_ops.Open(kLockFilePath, O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0222);
-    if (fd < 0) return -1;
-    struct flock request = WholeFileRequest(F_WRLCK, m_ops.GetProcessId());
-    if (m_ops.Lock(fd, F_SETLK, &request) < 0) {
+    for (int attempt = 0; attempt < kLockAttempts; ++attempt) {
+        // Close-on-exec keeps modules from inheriting the lock descriptor; no-follow
+        // refuses a link planted in the world-writable lock directory; non-blocking
+        // keeps a planted FIFO from holding us in open.
+        const int fd =
+            m_ops.Open(kLockFilePath, O_WRONLY | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0222);
+        if (fd < 0) return -1;
+        struct stat locked;
+        if (m_ops.Fstat(fd, &locked) != 0 || !S_ISREG(locked.st_mode)) {
+            m_ops.Close(fd);
+            return -1;
+        }
+        struct flock request = WholeFileRequest(F_WRLCK, m_ops.GetProcessId());
+        if (m_ops.Lock(fd, F_SETLK, &request) < 0) {
+            m_ops.Close(fd);
+            return -1;
+        }
+        // The previous holder may have removed the file between our open and our
+        // lock; a lock on a removed file excludes nobody, so start again.
+        struct stat named;
+        if (m_ops.Fstat(fd, &locked) == 0 && locked.st_nlink > 0 && m_ops.Stat(kLockFilePath, &named) == 0 &&
+            named.st_dev == locked.st_dev && named.st_ino == locked.st_ino)
+            return fd;
         m_ops.Close(fd);
-        return -1;
     }
-    return fd;
+    return -1;
 }
 
 void CLockManager::ReleaseProcessLock(int handle) {

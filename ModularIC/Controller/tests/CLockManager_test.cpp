@@ -59,14 +59,68 @@ TEST(CLockManagerSerial, OfTwoProcessesStartedTogetherExactlyOneWinsAtOnce) {
     EXPECT_FALSE(LockFileExists());  // released and removed
 }
 
-// An unopenable file reads as another instance.
-TEST(CLockManagerSerial, PlantedLinkIsRefused) {
+// Anything but a regular file at the path reads as another instance, at once:
+// a FIFO without a reader would otherwise block the open forever.
+TEST(CLockManagerSerial, PlantedLinksFifosAndDirectoriesAreRefusedWithoutBlocking) {
     char target[] = "/tmp/sorvik-lock-target-XXXXXX";
     ::close(::mkstemp(target));
-    ASSERT_EQ(::symlink(target, CLockManager::kLockFilePath), 0);
-    EXPECT_EQ(CLockManager().ProcessLock(), -1);
-    ::unlink(CLockManager::kLockFilePath);
+    const char* const path = CLockManager::kLockFilePath;
+    const struct {
+        const char* kind;
+        int (*plant)(const char* path, const char* target);
+    } plants[] = {
+        {"symbolic link", [](const char* p, const char* t) { return ::symlink(t, p); }},
+        {"FIFO", [](const char* p, const char*) { return ::mkfifo(p, 0666); }},
+        {"directory", [](const char* p, const char*) { return ::mkdir(p, 0777); }},
+    };
+    for (const auto& plant : plants) {
+        SCOPED_TRACE(plant.kind);
+        ASSERT_EQ(plant.plant(path, target), 0);
+        EXPECT_EQ(CLockManager().ProcessLock(), -1);
+        if (std::string(plant.kind) == "FIFO") {  // with a reader the open succeeds: still no lock
+            const int reader = ::open(path, O_RDONLY | O_NONBLOCK);
+            EXPECT_EQ(CLockManager().ProcessLock(), -1);
+            ::close(reader);
+        }
+        EXPECT_EQ(::remove(path), 0);
+    }
     ::unlink(target);
+}
+
+// The real calls, except that the first lock request comes just after the
+// previous holder removed the file and a third run created and locked a new one.
+class RacingOps : public ILockFileOps {
+public:
+    int Open(const char* path, int flags, mode_t mode) override { return ::open(path, flags, mode); }
+    int Lock(int fd, int command, struct flock* lock) override {
+        if (command == F_SETLK && lock->l_type == F_WRLCK && ++locks == 1) {
+            ::unlink(CLockManager::kLockFilePath);
+            replacement = ::open(CLockManager::kLockFilePath, O_WRONLY | O_CREAT | O_CLOEXEC, 0222);
+        }
+        return ::fcntl(fd, command, lock);
+    }
+    int Close(int fd) override { return ::close(fd); }
+    int Fstat(int fd, struct stat* info) override { return ::fstat(fd, info); }
+    int Stat(const char* path, struct stat* info) override { return ::stat(path, info); }
+    int Unlink(const char* path) override { return ::unlink(path); }
+    pid_t GetProcessId() override { return ::getpid(); }
+    int locks = 0;
+    int replacement = -1;
+};
+
+TEST(CLockManagerSerial, ALockTakenOnAFileRemovedMeanwhileIsTakenAgainOnTheFileAtThePath) {
+    ASSERT_FALSE(LockFileExists()) << "is a collection running?";
+    RacingOps ops;
+    CLockManager manager(&ops);
+    const int handle = manager.ProcessLock();
+    ASSERT_GE(handle, 0);
+    EXPECT_EQ(ops.locks, 2);
+    struct stat held, named;
+    ASSERT_EQ(::fstat(handle, &held) | ::stat(CLockManager::kLockFilePath, &named), 0);
+    EXPECT_EQ(held.st_ino, named.st_ino);
+    manager.ReleaseProcessLock(handle);
+    ::close(ops.replacement);
+    EXPECT_FALSE(LockFileExists());
 }
 
 }  // namespace

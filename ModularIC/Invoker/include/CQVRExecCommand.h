@@ -1,6 +1,7 @@
 #ifndef CQVREXECCOMMAND_H
 #define CQVREXECCOMMAND_H
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -23,13 +24,17 @@ public:
     // created with serializeStart: the working directory is process-wide.
     static QVRCMutex mutSharedLockInterprocesses;
 
+    // The most a module may print: a run past it is killed and fails as a
+    // time-out does.
+    static const std::size_t kMaxOutputBytes = 256u << 20;
+
     // spawner null means the real one; a given spawner is borrowed.
     CQVRExecCommand(const std::string& directory, const std::string& command, bool serializeStart,
-                    unsigned int timeoutSeconds, bool captureOutput, IQVRChildSpawner* spawner = nullptr);
+                    unsigned int timeoutSeconds, bool captureOutput, IQVRChildSpawner* spawner = nullptr,
+                    std::size_t outputLimit = kMaxOutputBytes);
     CQVRExecCommand(const CQVRExecCommand&) = delete;
     CQVRExecCommand& operator=(const CQVRExecCommand&) = delete;
-    // Finishes a child still running (reads it to its end or its time-out):
-    // no child is left unreaped.
+    // Kills and reaps a child still running: no child is left unreaped. Never throws.
     ~CQVRExecCommand();
 
     // Changes to the directory (when non-empty) and starts the child. True if it
@@ -37,8 +42,9 @@ public:
     // failed start (state 2).
     bool Execute();
     // Reads the child to end of file or until timeoutSeconds have passed since
-    // the call, kills it on time-out (its output is then discarded), closes the
-    // pipe and reaps the child. False only when no child is open.
+    // the call, kills it on time-out or when it prints more than the output
+    // limit (its output is then discarded), closes the pipe and reaps the
+    // child. False only when no child is open.
     bool ReadConsoleBuffer();
     // State 2 or 3 and the pipe closed.
     bool IsProcessCompleted() const;
@@ -57,7 +63,7 @@ public:
     static std::string BuildKillCommand(long ownPid, const std::string& command);
 
 private:
-    void KillChild();
+    void KillChild(const char* reason);
     int ReapAfterEndOfOutput(long long deadline);
 
     QVRChildHandle m_pipe;
@@ -70,6 +76,7 @@ private:
     int32_t m_exitStatus;
     uint32_t m_state;
     IQVRChildSpawner* m_pSpawner;
+    std::size_t m_outputLimit;
 };
 
 #endif

@@ -19,6 +19,7 @@ public:
     bool WaitExit(pid_t pid, int timeoutMs, int& status) override;
     int Reap(pid_t pid) override;
     long long NowMilliseconds() override;
+    void Pause(int milliseconds) override;
 };
 
 #endif

@@ -44,6 +44,8 @@ public:
     virtual int Reap(pid_t pid) = 0;
     // A monotonic clock in milliseconds, for the time budget.
     virtual long long NowMilliseconds() = 0;
+    // Sleeps, so that a wait that keeps failing does not spin.
+    virtual void Pause(int milliseconds) = 0;
 };
 
 #endif

@@ -4,6 +4,8 @@
 
 #include <cerrno>
 #include <climits>
+#include <memory>
+#include <new>
 
 #include "CLogger.h"
 #include "CPlatformLayer.h"
@@ -17,7 +19,7 @@ const std::size_t kReadChunk = 64 * 1024;
 
 CQVRExecCommand::CQVRExecCommand(const std::string& directory, const std::string& command,
                                  bool serializeStart, unsigned int timeoutSeconds, bool captureOutput,
-                                 IQVRChildSpawner* spawner)
+                                 IQVRChildSpawner* spawner, std::size_t outputLimit)
     : m_directory(directory),
       m_command(command),
       m_serializeStart(serializeStart),
@@ -25,10 +27,16 @@ CQVRExecCommand::CQVRExecCommand(const std::string& directory, const std::string
       m_captureOutput(captureOutput),
       m_exitStatus(-1),
       m_state(kStateCreated),
-      m_pSpawner(spawner != nullptr ? spawner : &CQVRPosixChildSpawner::Instance()) {}
+      m_pSpawner(spawner != nullptr ? spawner : &CQVRPosixChildSpawner::Instance()),
+      m_outputLimit(outputLimit) {}
 
 CQVRExecCommand::~CQVRExecCommand() {
-    if (m_pipe.fd >= 0) ReadConsoleBuffer();
+    // Only an exception between Execute and EndProcess leaves a child here;
+    // its output has no taker any more, so it is ended, not read.
+    if (m_pipe.fd < 0) return;
+    m_pSpawner->KillProcessGroup(m_pipe.pid);
+    m_pSpawner->CloseReadEnd(m_pipe.fd);
+    m_pSpawner->Reap(m_pipe.pid);
 }
 
 std::string CQVRExecCommand::BuildShellCommand(const std::string& command) {
@@ -44,14 +52,16 @@ bool CQVRExecCommand::Execute() {
     const std::string shellCommand = BuildShellCommand(m_command);
     std::string error;
     bool started = false;
-    if (m_serializeStart) mutSharedLockInterprocesses.Lock();
-    if (!m_directory.empty() && !CPlatformLayer::setCurrentDirectory(m_directory)) {
-        // Starting anyway would run whatever "./command" names in the wrong directory.
-        error = "cannot enter directory " + m_directory;
-    } else {
-        started = m_pSpawner->Start(shellCommand, m_pipe, error);
+    {
+        std::unique_ptr<QVRCMutexLock> startLock;
+        if (m_serializeStart) startLock.reset(new QVRCMutexLock(mutSharedLockInterprocesses));
+        if (!m_directory.empty() && !CPlatformLayer::setCurrentDirectory(m_directory)) {
+            // Starting anyway would run whatever "./command" names in the wrong directory.
+            error = "cannot enter directory " + m_directory;
+        } else {
+            started = m_pSpawner->Start(shellCommand, m_pipe, error);
+        }
     }
-    if (m_serializeStart) mutSharedLockInterprocesses.Unlock();
 
     m_state = started ? kStateRunning : kStateFailed;
     if (!started) {
@@ -70,19 +80,37 @@ bool CQVRExecCommand::ReadConsoleBuffer() {
 
     char buffer[kReadChunk];
     bool endOfOutput = false;
-    while (!endOfOutput) {
+    bool overflow = false;
+    int failedWaits = 0;
+    while (!endOfOutput && !overflow) {
         const long long left = deadline - m_pSpawner->NowMilliseconds();
         const int waitMs = left <= 0 ? 0 : (left > INT_MAX ? INT_MAX : static_cast<int>(left));
         const int ready = m_pSpawner->WaitReadable(m_pipe.fd, waitMs);
         if (ready == 0) break;
         if (ready != 1) {
             if (left <= 0) break;  // a wait that keeps failing must not outlive the budget
+            // Nor spin: back off, up to a tenth of a second between tries.
+            if (++failedWaits > 1) m_pSpawner->Pause(failedWaits < 100 ? failedWaits : 100);
             continue;
         }
+        failedWaits = 0;
         for (;;) {
             const long got = m_pSpawner->Read(m_pipe.fd, buffer, sizeof(buffer));
             if (got > 0) {
-                if (m_captureOutput) m_consoleBuffer.append(buffer, static_cast<std::size_t>(got));
+                if (!m_captureOutput) continue;
+                const std::size_t size = static_cast<std::size_t>(got);
+                // A module that floods its output is ended like one that overruns its
+                // time: what it printed cannot be the inventory it was meant to be.
+                if (m_consoleBuffer.size() + size > m_outputLimit) {
+                    overflow = true;
+                    break;
+                }
+                try {
+                    m_consoleBuffer.append(buffer, size);
+                } catch (const std::bad_alloc&) {
+                    overflow = true;
+                    break;
+                }
                 continue;
             }
             if (got < 0 && errno == EINTR) continue;
@@ -98,9 +126,9 @@ bool CQVRExecCommand::ReadConsoleBuffer() {
         m_pSpawner->CloseReadEnd(m_pipe.fd);
         status = ReapAfterEndOfOutput(deadline);
     } else {
-        KillChild();
+        KillChild(overflow ? "Killed for printing more than the output limit: " : "Killed on time-out: ");
         m_state = kStateFailed;
-        m_consoleBuffer.clear();
+        std::string().swap(m_consoleBuffer);
         m_pSpawner->CloseReadEnd(m_pipe.fd);
         status = m_pSpawner->Reap(m_pipe.pid);
     }
@@ -109,7 +137,7 @@ bool CQVRExecCommand::ReadConsoleBuffer() {
     return true;
 }
 
-void CQVRExecCommand::KillChild() {
+void CQVRExecCommand::KillChild(const char* reason) {
     // ps never shows the shell's command line, so the line's kill usually has no
     // process id to take: its complaints stay off our standard error.
     CPlatformLayer::RunShellCommand(BuildKillCommand(static_cast<long>(getpid()), m_command), true);
@@ -117,7 +145,7 @@ void CQVRExecCommand::KillChild() {
     // shell; the group holds the module and everything it started.
     m_pSpawner->KillProcessGroup(m_pipe.pid);
     CLogger::GetInstance()->log(
-        __FILE__, __LINE__, "CQVRExecCommand::ReadConsoleBuffer : \t\t\t\tKilled on time-out: " + m_command);
+        __FILE__, __LINE__, "CQVRExecCommand::ReadConsoleBuffer : \t\t\t\t" + std::string(reason) + m_command);
 }
 
 int CQVRExecCommand::ReapAfterEndOfOutput(long long deadline) {

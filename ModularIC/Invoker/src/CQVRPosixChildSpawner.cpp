@@ -259,3 +259,5 @@ long long CQVRPosixChildSpawner::NowMilliseconds() {
     clock_gettime(CLOCK_MONOTONIC, &now);
     return static_cast<long long>(now.tv_sec) * 1000LL + now.tv_nsec / 1000000L;
 }
+
+void CQVRPosixChildSpawner::Pause(int milliseconds) { Sleep(milliseconds); }

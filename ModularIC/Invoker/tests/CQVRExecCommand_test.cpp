@@ -56,7 +56,12 @@ public:
         return 9;
     }
     long long NowMilliseconds() override { return now; }
+    void Pause(int milliseconds) override {
+        pauses.push_back(milliseconds);
+        now += milliseconds;
+    }
 
+    std::vector<int> pauses;
     bool lockHeld = false;
     long long now = 1000000;
     std::string started;
@@ -102,6 +107,45 @@ TEST_F(CQVRExecCommandTest, TimeOutRunsTheKillLineAndDiscardsPartialOutput) {
     EXPECT_EQ(std::vector<bool>{true}, platform.quietShellCommands);  // its complaints stay off stderr
     EXPECT_EQ((Calls{"start", "killpg", "close", "reap"}), spawner.calls);
     EXPECT_TRUE(command.IsProcessCompleted());
+}
+
+TEST_F(CQVRExecCommandTest, OutputPastTheLimitKillsTheModuleAndDiscardsWhatItPrinted) {
+    for (const bool capture : {true, false}) {
+        FakeSpawner child;
+        CQVRExecCommand command("", "flood", false, 5, capture, &child, 10);
+        ASSERT_TRUE(command.Execute());
+        child.waits = {1, 1};
+        child.reads = {"12345", "67890", "", "1", "$"};
+        EXPECT_TRUE(command.ReadConsoleBuffer());
+        // Without capture nothing is kept, so there is nothing to limit.
+        EXPECT_EQ(capture ? CQVRExecCommand::kStateFailed : CQVRExecCommand::kStateCompleted,
+                  command.GetState());
+        EXPECT_EQ("", command.GetConsoleBuffer());
+        EXPECT_EQ(capture ? Calls({"start", "killpg", "close", "reap"}) : Calls({"start", "close", "reaped"}),
+                  child.calls);
+    }
+}
+
+TEST_F(CQVRExecCommandTest, AWaitThatKeepsFailingBacksOffInsteadOfSpinningAndEndsAtTheBudget) {
+    CQVRExecCommand command("", "mod", false, 2, true, &spawner);
+    ASSERT_TRUE(command.Execute());
+    spawner.waits = std::deque<int>(100, -1);
+    EXPECT_TRUE(command.ReadConsoleBuffer());
+    EXPECT_EQ(CQVRExecCommand::kStateFailed, command.GetState());
+    ASSERT_GE(spawner.pauses.size(), 3u);
+    EXPECT_EQ((std::vector<int>{2, 3, 4}), std::vector<int>(spawner.pauses.begin(), spawner.pauses.begin() + 3));
+}
+
+TEST_F(CQVRExecCommandTest, DestroyingARunningCommandKillsAndReapsItWithoutReading) {
+    {
+        CQVRExecCommand command("", "mod", false, 5, true, &spawner);
+        ASSERT_TRUE(command.Execute());
+        spawner.waits = {1};
+        spawner.reads = {"never read"};
+    }
+    EXPECT_EQ((Calls{"start", "killpg", "close", "reap"}), spawner.calls);
+    EXPECT_TRUE(spawner.timeouts.empty());
+    EXPECT_TRUE(platform.shellCommands.empty());
 }
 
 }  // namespace
