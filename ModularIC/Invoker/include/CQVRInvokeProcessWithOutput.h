@@ -28,7 +28,9 @@ public:
 
     // Queues one task per module in list order: "lib" a library task, "cli" an
     // executable task, any other type a null task, which stops one worker.
-    // Returns at once; false when there is no running pool.
+    // Returns at once; false when there is no running pool. When the pool
+    // could start no thread at all, every executable module gets its failure
+    // entry instead.
     bool Process() override;
     // Waits until every queued task has run and the workers have ended, then
     // frees the tasks. True without a pool.
@@ -38,6 +40,8 @@ public:
     unsigned long GetThreadCount() const { return static_cast<unsigned long>(m_threadCount); }
 
 private:
+    // Gives each executable module its failure entry without running it.
+    void ReportUnrunnable();
     void FreeTasks();
 
     QVRDataModelManager* m_pDataModelManager;

@@ -39,6 +39,8 @@ public:
     bool IsInitialized() const { return m_initialized; }
     bool IsDeinitialized() const { return m_deinitialized; }
     unsigned long GetThreadCount() const { return m_threadCount; }
+    // The workers whose threads could be created: with none, queued tasks never run.
+    unsigned long GetStartedWorkerCount() const { return m_startedWorkers; }
     const std::vector<CQVRWorkerThread*>& GetWorkers() const { return m_workers; }
 
 private:
@@ -47,6 +49,7 @@ private:
     bool m_initialized;
     bool m_deinitialized;
     unsigned long m_threadCount;
+    unsigned long m_startedWorkers;
 };
 
 #endif

@@ -6,6 +6,7 @@
 #include "CQVRICException.h"
 #include "CQVRInvokerTaskExe.h"
 #include "CQVRInvokerTaskLibrary.h"
+#include "QVRDataModelManager.h"
 #include "QVRInvokerFrames.h"
 
 namespace {
@@ -35,6 +36,10 @@ CQVRInvokeProcessWithOutput::~CQVRInvokeProcessWithOutput() {
 
 bool CQVRInvokeProcessWithOutput::Process() {
     if (!m_poolReady) return false;
+    if (m_pThreadPool->GetStartedWorkerCount() == 0) {
+        ReportUnrunnable();
+        return true;
+    }
     try {
         m_tasks.reserve(m_tasks.size() + m_modules.size());  // so keeping a task cannot throw
         for (CQVRModuleDetail* module : m_modules) {
@@ -62,6 +67,21 @@ bool CQVRInvokeProcessWithOutput::EndProcess() {
     // Only once no worker is left may the tasks go.
     if (m_pThreadPool->IsDeinitialized() || m_pThreadPool->GetThreadCount() == 0) FreeTasks();
     return joined;
+}
+
+void CQVRInvokeProcessWithOutput::ReportUnrunnable() {
+    // No thread could be created to run them: each module still gets its entry,
+    // the failure an empty output stands for, so none goes missing unnoticed.
+    if (m_pDataModelManager == nullptr) return;
+    try {
+        for (CQVRModuleDetail* module : m_modules) {
+            if (module == nullptr || module->type != "cli") continue;
+            std::string identity = module->configuredDir;
+            std::string output;
+            m_pDataModelManager->WriteData(identity, output);
+        }
+    }
+    QVR_INVOKER_CATCH(kSourcePath, "Process")
 }
 
 void CQVRInvokeProcessWithOutput::FreeTasks() {

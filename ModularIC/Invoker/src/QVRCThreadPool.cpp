@@ -3,7 +3,7 @@
 #include <new>
 
 QVRCThreadPool::QVRCThreadPool()
-    : m_pQueue(nullptr), m_initialized(false), m_deinitialized(false), m_threadCount(0) {}
+    : m_pQueue(nullptr), m_initialized(false), m_deinitialized(false), m_threadCount(0), m_startedWorkers(0) {}
 
 QVRCThreadPool::~QVRCThreadPool() {
     if (m_initialized && !m_deinitialized) Deinitalize();
@@ -25,7 +25,7 @@ bool QVRCThreadPool::Initalize(unsigned long threadCount, bool raisedPriority) {
         // Asked before the thread exists, so it is refused and changes nothing.
         if (raisedPriority) worker->SetPriority(20);
         m_workers.push_back(worker);
-        worker->Execute();
+        if (worker->Execute()) ++m_startedWorkers;
     }
     m_initialized = true;
     return true;
