@@ -15,23 +15,44 @@ function(sorvik_library name)
   sorvik_warnings(${name})
 endfunction()
 
-# sorvik_test(<name> SOURCES ... [DEPS ...] [SERIAL])
-# One GoogleTest executable; every test case becomes a CTest test. SERIAL tests
-# touch the machine-wide lock file or shared-memory key and run one at a time.
+# Test programs that take the collector's lock file or progress segment link
+# this: their process gets a /var/lock and an IPC space of its own.
+set(SORVIK_ISOLATION_SOURCE ${CMAKE_SOURCE_DIR}/tests/isolation/MachineIsolation.cpp)
+
+# sorvik_discover_tests(<target> [ISOLATED] [LABEL <label>])
+# Every test case of a GoogleTest program becomes a CTest test with one label:
+# the one given, else "root" for ISOLATED programs (they need root), else "unit".
+# End-to-end programs ("e2e") run the built collector and need root as well.
+function(sorvik_discover_tests target)
+  cmake_parse_arguments(ARG "ISOLATED" "LABEL" "" ${ARGN})
+  if(ARG_ISOLATED)
+    target_sources(${target} PRIVATE ${SORVIK_ISOLATION_SOURCE})
+  endif()
+  if(NOT ARG_LABEL)
+    set(ARG_LABEL unit)
+    if(ARG_ISOLATED)
+      set(ARG_LABEL root)
+    endif()
+  endif()
+  gtest_discover_tests(${target}
+    WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}
+    DISCOVERY_MODE PRE_TEST
+    PROPERTIES TIMEOUT 120 LABELS ${ARG_LABEL})
+endfunction()
+
+# sorvik_test(<name> SOURCES ... [DEPS ...] [ISOLATED])
+# One GoogleTest executable of unit tests.
 function(sorvik_test name)
   if(NOT SORVIK_BUILD_TESTS)
     return()
   endif()
-  cmake_parse_arguments(ARG "SERIAL" "" "SOURCES;DEPS" ${ARGN})
+  cmake_parse_arguments(ARG "ISOLATED" "" "SOURCES;DEPS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${ARG_DEPS} GTest::gmock GTest::gtest_main Threads::Threads)
   sorvik_warnings(${name})
-  set(props TIMEOUT 120)
-  if(ARG_SERIAL)
-    list(APPEND props RESOURCE_LOCK sorvik_machine_state)
+  if(ARG_ISOLATED)
+    sorvik_discover_tests(${name} ISOLATED)
+  else()
+    sorvik_discover_tests(${name})
   endif()
-  gtest_discover_tests(${name}
-    WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}
-    DISCOVERY_MODE PRE_TEST
-    PROPERTIES ${props})
 endfunction()

@@ -2,13 +2,13 @@
 # Runs the collector over the bundled modules from the staged module directory
 # and validates its XML (UTF-8 and UTF-16), error and JSON documents against
 # the inventory schemas; its PCI devices must match sysfs.
-# Usage: collector_schema.sh SORVIK STAGE_DIR SCHEMA_DIR
-sorvik=$1 stage=$2 schemas=$3
+# Usage: collector_schema.sh SORVIK STAGE_DIR SCHEMA_DIR IPMISIM_RUN
+sorvik=$1 stage=$2 schemas=$3 simulator=$4
 . "$(dirname "$0")/testlib.sh"
 need xmllint "package libxml2-utils"
 run() {  # name options...
     name=$1; shift
-    (cd "$stage" && "$sorvik" "$@" >"$work/$name.out" 2>"$work/$name.err" </dev/null)
+    (cd "$stage" && sh "$simulator" "$sorvik" "$@" >"$work/$name.out" 2>"$work/$name.err" </dev/null)
     rc=$?
     if [ $rc -le 1 ]; then ok; else bad "$name: exit status $rc"; cat "$work/$name.err"; fi
 }

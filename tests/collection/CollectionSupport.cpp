@@ -151,14 +151,13 @@ void CollectionTest::Install(const Config& config) const {
     for (const auto& node : config.generations) write(node.second);
 }
 
-e2e::ProcessResult CollectionTest::Run(const Args& args, bool simulator,
+e2e::ProcessResult CollectionTest::Run(const Args& args,
                                        const std::map<std::string, std::string>& environment) const {
     e2e::RunOptions options;
     options.workingDirectory = dir.Path();
     options.environment = environment;
     options.args = args;
-    if (simulator) options.args.insert(options.args.begin(), {IPMISIM_RUN_SCRIPT, e2e::SorvikBinary()});
-    e2e::ProcessResult result = simulator ? e2e::RunProgram("/bin/sh", options) : e2e::RunSorvik(options);
+    e2e::ProcessResult result = e2e::RunSorvik(options);
     EXPECT_TRUE(result.exited) << result.err;
     return result;
 }

@@ -33,31 +33,31 @@ std::string MakePidsCgroup(int limit) {
     return "";
 }
 
-class FaultsSerial : public CollectionTest {};
+class FaultsTest : public CollectionTest {};
 
-TEST_F(FaultsSerial, AModuleFloodingItsOutputIsKilledAtTheLimitAndTheOthersAreKept) {
+TEST_F(FaultsTest, AModuleFloodingItsOutputIsKilledAtTheLimitAndTheOthersAreKept) {
     Install(GenericOnly({Module{"flood", "exec yes '<Device/>'\n"}, Module{"good", Emit(DeviceDoc("1"))}}));
-    const e2e::ProcessResult result = Run({}, true);
+    const e2e::ProcessResult result = Run({});
     ExpectResult(result, 1, InventoryXml(DeviceBody("1")) + ErrorXml({{"/flood", kFailed}}));
     // 256 MiB of captured output at most, and no copy of it beyond the buffer's growth.
     EXPECT_LT(PeakChildRssBytes(), 700L << 20);
 }
 
-TEST_F(FaultsSerial, AnythingButARegularFileAtTheLockPathReadsAsAnotherInstanceAtOnce) {
+TEST_F(FaultsTest, AnythingButARegularFileAtTheLockPathReadsAsAnotherInstanceAtOnce) {
     Install(GenericOnly({Module{"m", Note("ran") + Emit(DeviceDoc("1"))}}));
     for (const bool fifo : {true, false}) {
         SCOPED_TRACE(fifo ? "FIFO" : "directory");
         ASSERT_EQ(fifo ? ::mkfifo(kLockFile, 0666) : ::mkdir(kLockFile, 0777), 0);
-        ExpectResult(Run({}, true), 3, "", kAnotherInstance);
+        ExpectResult(Run({}), 3, "", kAnotherInstance);
         // A progress query must not hang on it either.
-        const e2e::ProcessResult progress = Run({"-progress"}, true);
+        const e2e::ProcessResult progress = Run({"-progress"});
         EXPECT_FALSE(progress.timedOut);
         EXPECT_EQ(::remove(kLockFile), 0);
     }
     EXPECT_TRUE(Ran().empty());
 }
 
-TEST_F(FaultsSerial, ModulesThatNoThreadCouldRunAreFailuresNotSilence) {
+TEST_F(FaultsTest, ModulesThatNoThreadCouldRunAreFailuresNotSilence) {
     // The collector's main thread and its interrupt thread fit; no worker does.
     const std::string group = MakePidsCgroup(2);
     if (group.empty()) GTEST_SKIP() << "no pids cgroup can be created here";

@@ -45,7 +45,7 @@ bool DiesWithin(pid_t pid, std::chrono::milliseconds limit) {
     return IsDead(pid);
 }
 
-class InterruptSerial : public CollectionTest {
+class InterruptTest : public CollectionTest {
 protected:
     // Each module notes its own pid and its background child's, then waits for both.
     void InstallSleepers(int count) {
@@ -74,7 +74,7 @@ protected:
     }
 };
 
-TEST_F(InterruptSerial, EachSignalEndsEveryModuleGroupReleasesTheLockAndExitsAtOnce) {
+TEST_F(InterruptTest, EachSignalEndsEveryModuleGroupReleasesTheLockAndExitsAtOnce) {
     const struct {
         int sig;
         bool toGroup;  // as a terminal's Ctrl-C does
@@ -85,7 +85,7 @@ TEST_F(InterruptSerial, EachSignalEndsEveryModuleGroupReleasesTheLockAndExitsAtO
         SCOPED_TRACE(std::string(strsignal(c.sig)) + (c.toGroup ? " to the group" : ""));
         for (int i = 0; i < modules; ++i) ::unlink(dir.PathOf("pids" + std::to_string(i)).c_str());
         std::future<e2e::ProcessResult> run =
-            std::async(std::launch::async, [this] { return Run({"-outc=" + dir.PathOf("inv.xml")}, true); });
+            std::async(std::launch::async, [this] { return Run({"-outc=" + dir.PathOf("inv.xml")}); });
         const std::vector<pid_t> pids = WaitForModules(modules);
         ASSERT_FALSE(pids.empty()) << "the modules never started";
         const std::vector<std::string> moduleStat = StatFields(pids[0]);

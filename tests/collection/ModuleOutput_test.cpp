@@ -26,9 +26,9 @@ std::string Out(const std::string& display, const std::string& id, const std::st
            type + "\"/>\n  </Device>\n";
 }
 
-class ModuleOutputSerial : public CollectionTest {};
+class ModuleOutputTest : public CollectionTest {};
 
-TEST_F(ModuleOutputSerial, EachModuleOutputBecomesRecordsFailuresOrNothing) {
+TEST_F(ModuleOutputTest, EachModuleOutputBecomesRecordsFailuresOrNothing) {
     const struct {
         const char* name;
         Args outputs;  // one module each, run one at a time in this order

@@ -5,7 +5,7 @@
 namespace collection {
 namespace {
 
-class ModuleSelectionSerial : public CollectionTest {
+class ModuleSelectionTest : public CollectionTest {
 protected:
     // Notes its name in ran.log and reports an empty inventory.
     Module Marking(const std::string& name, const std::string& compType = "NA") const {
@@ -17,7 +17,7 @@ protected:
     }
 };
 
-TEST_F(ModuleSelectionSerial, DisableSkipsGenerationModulesButNeverInstallSteps) {
+TEST_F(ModuleSelectionTest, DisableSkipsGenerationModulesButNeverInstallSteps) {
     const std::string guid = "0e5d1c2a-0000-4000-8000-0000000000";
     Module pre = Marking("pre"), post = Marking("post"), a = Marking("a"), c = Marking("c");
     pre.guid = guid + "01", post.guid = guid + "02", a.guid = guid + "0a";
@@ -36,7 +36,7 @@ TEST_F(ModuleSelectionSerial, DisableSkipsGenerationModulesButNeverInstallSteps)
     EXPECT_EQ(Ran(true), (Args{"b", "c", "post", "pre"}));
 }
 
-TEST_F(ModuleSelectionSerial, CompTypeKeepsMatchingAndNaModulesAndDropsUntypedOnes) {
+TEST_F(ModuleSelectionTest, CompTypeKeepsMatchingAndNaModulesAndDropsUntypedOnes) {
     Config config = GenericOnly({Marking("na"), Marking("untyped", ""), Marking("frmwbios", "FRMW, BIOS"),
                                  Marking("drvr", "DRVR"), Marking("bios", "BIOS"), Marking("lower", "bios")});
     config.preInstall = {Marking("prep", "APP")};
@@ -57,7 +57,7 @@ TEST_F(ModuleSelectionSerial, CompTypeKeepsMatchingAndNaModulesAndDropsUntypedOn
     }
 }
 
-TEST_F(ModuleSelectionSerial, SerializeRunsModulesAloneInFileOrderElseOnlySerialOnesWait) {
+TEST_F(ModuleSelectionTest, SerializeRunsModulesAloneInFileOrderElseOnlySerialOnesWait) {
     Module f1 = Timed("f1"), p1 = Timed("p1"), f2 = Timed("f2");
     f1.parallel = f2.parallel = "false";
     p1.priority = f2.priority = "1";  // "false" wins over the priority mark, and serializing over both
@@ -83,7 +83,7 @@ TEST_F(ModuleSelectionSerial, SerializeRunsModulesAloneInFileOrderElseOnlySerial
     }
 }
 
-TEST_F(ModuleSelectionSerial, GenerationNodesFollowTheDetectedGeneration) {
+TEST_F(ModuleSelectionTest, GenerationNodesFollowTheDetectedGeneration) {
     Config config;
     for (const char* node : {"GenPre12G", "GenTwelveG", "GenThirteenG", "GenFourteenG", "GenFifteenG",
                              "GenSixteenG", "Generic", "GenFailure", "generic"})
@@ -91,27 +91,26 @@ TEST_F(ModuleSelectionSerial, GenerationNodesFollowTheDetectedGeneration) {
     Install(config);
     const struct {
         const char* name;
-        bool simulator;
         std::map<std::string, std::string> environment;
         Args ran;  // sorted
     } rows[] = {
         // clang-format off
-        {"no management controller", false, {},
+        {"no management controller", {{"IPMISIM_MODULES", ""}, {"IPMISIM_MODPROBE_STATUS", "1"}},
          {"GenFifteenG", "GenFourteenG", "GenPre12G", "GenSixteenG", "GenThirteenG", "GenTwelveG",
           "Generic"}},
-        {"generation 0x30", true, {}, {"GenFourteenG", "GenPre12G", "GenThirteenG", "GenTwelveG", "Generic"}},
-        {"completion code 0xC1", true, {{"IPMISIM_CC", "0xC1"}}, {"GenPre12G", "Generic"}},
+        {"generation 0x30", {}, {"GenFourteenG", "GenPre12G", "GenThirteenG", "GenTwelveG", "Generic"}},
+        {"completion code 0xC1", {{"IPMISIM_CC", "0xC1"}}, {"GenPre12G", "Generic"}},
         // clang-format on
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         ForgetRan();
-        EXPECT_EQ(Run({}, row.simulator, row.environment).exitStatus, 0);
+        EXPECT_EQ(Run({}, row.environment).exitStatus, 0);
         EXPECT_EQ(Ran(true), row.ran);
     }
 }
 
-TEST_F(ModuleSelectionSerial, InstallStepsRunAroundTheInventoryModulesAndReportNothing) {
+TEST_F(ModuleSelectionTest, InstallStepsRunAroundTheInventoryModulesAndReportNothing) {
     Config config = GenericOnly({Marking("g1"), Marking("library"), Marking("g2")});
     config.generations[0].second[0].script.insert(0, "sleep 0.2\n");  // post-install waits for it
     config.generations[0].second[1].type = "lib";                     // accepted, never started

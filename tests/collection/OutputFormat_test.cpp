@@ -64,7 +64,7 @@ std::string CompactJson(const std::string& text) {
     return compact.get();
 }
 
-class OutputFormatSerial : public CollectionTest {
+class OutputFormatTest : public CollectionTest {
 protected:
     void InstallSmallInventory(bool withSystem, bool withFailure = false) const {
         std::vector<Module> modules = {Module{"inv", Emit(SmallInventory(withSystem))}};
@@ -73,7 +73,7 @@ protected:
     }
 };
 
-TEST_F(OutputFormatSerial, XmlIsUtf8OnStandardOutputAndUtf16InAFileUnlessAskedForUtf8) {
+TEST_F(OutputFormatTest, XmlIsUtf8OnStandardOutputAndUtf16InAFileUnlessAskedForUtf8) {
     InstallSmallInventory(true);
     const struct {
         Args args;
@@ -97,7 +97,7 @@ TEST_F(OutputFormatSerial, XmlIsUtf8OnStandardOutputAndUtf16InAFileUnlessAskedFo
     }
 }
 
-TEST_F(OutputFormatSerial, JsonIsUtf8WithFixedKeysAndStringValuesAndNoErrorDocument) {
+TEST_F(OutputFormatTest, JsonIsUtf8WithFixedKeysAndStringValuesAndNoErrorDocument) {
     const struct {
         bool withSystem;
         Args args;
@@ -121,7 +121,7 @@ TEST_F(OutputFormatSerial, JsonIsUtf8WithFixedKeysAndStringValuesAndNoErrorDocum
     }
 }
 
-TEST_F(OutputFormatSerial, FailuresGoToTheLogFileOrAfterTheInventory) {
+TEST_F(OutputFormatTest, FailuresGoToTheLogFileOrAfterTheInventory) {
     const std::string log = dir.PathOf("err.xml");
     const struct {
         bool failures;

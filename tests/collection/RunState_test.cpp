@@ -8,9 +8,9 @@
 namespace collection {
 namespace {
 
-class RunStateSerial : public CollectionTest {};
+class RunStateTest : public CollectionTest {};
 
-TEST_F(RunStateSerial, ExitStatusIsTwoWithTheExceptionTextWhenTheConfigurationCannotBeRead) {
+TEST_F(RunStateTest, ExitStatusIsTwoWithTheExceptionTextWhenTheConfigurationCannotBeRead) {
     const std::regex text(
         "Caught IC Exception in main : CQVRICException - \\[Error occurred during parsing icconfig\\.json "
         "file\\]"
@@ -29,7 +29,7 @@ TEST_F(RunStateSerial, ExitStatusIsTwoWithTheExceptionTextWhenTheConfigurationCa
     ExpectResult(Run({}), 0, InventoryXml(""));
 }
 
-TEST_F(RunStateSerial, WhileARunIsHeldProgressShowsItsCountersAndASecondInstanceRunsNothing) {
+TEST_F(RunStateTest, WhileARunIsHeldProgressShowsItsCountersAndASecondInstanceRunsNothing) {
     // slow holds the run until "release" exists.
     Module slow{"slow", "touch '" + dir.PathOf("started") + "'\ni=0\nwhile [ ! -e '" + dir.PathOf("release") +
                             "' ] && [ $i -lt 200 ]; do sleep 0.05; i=$((i+1)); done\n" +
@@ -63,7 +63,7 @@ TEST_F(RunStateSerial, WhileARunIsHeldProgressShowsItsCountersAndASecondInstance
     ExpectResult(run.get(), 1, "");
 }
 
-TEST_F(RunStateSerial, AfterARunProgressReportsNoInstanceAndEqualCountersRemoveTheSegment) {
+TEST_F(RunStateTest, AfterARunProgressReportsNoInstanceAndEqualCountersRemoveTheSegment) {
     for (const bool dropped : {false, true}) {
         SCOPED_TRACE(dropped ? "a dropped output" : "every output counted");
         Install(GenericOnly({Module{"dev", Emit(DeviceDoc("1"))},

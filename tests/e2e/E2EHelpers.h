@@ -44,6 +44,9 @@ struct ProcessResult {
 // default signal handling; reads standard output and error apart until both
 // close, then reaps it.
 ProcessResult RunProgram(const std::string& program, const RunOptions& options);
+// The collector against the simulated management controller (its fake module
+// tools come first in PATH, so no kernel module is ever loaded); IPMISIM_*
+// variables in the environment set what it answers.
 ProcessResult RunSorvik(const RunOptions& options);
 
 // A fresh directory under /tmp, removed with everything in it on destruction.

@@ -11,7 +11,7 @@ const char kAnotherInstance[] =
 const char kNoInstance[] = "No Instance of Inventory Collector is active \n";
 
 // Every test here takes or holds the machine-wide lock file.
-class SorvikLockSerial : public ::testing::Test {
+class SorvikLockTest : public ::testing::Test {
 protected:
     void SetUp() override {
         ASSERT_FALSE(e2e::PathExists(kLockFile)) << kLockFile << " exists: is a collection running?";
@@ -28,7 +28,7 @@ protected:
     e2e::TempDir dir;
 };
 
-TEST_F(SorvikLockSerial, SecondInstanceIsRefusedAndLeavesTheHoldersFile) {
+TEST_F(SorvikLockTest, SecondInstanceIsRefusedAndLeavesTheHoldersFile) {
     e2e::ExternalFileLock holder(kLockFile);
     const e2e::ProcessResult result = Run({});
     ASSERT_TRUE(result.exited);
@@ -38,7 +38,7 @@ TEST_F(SorvikLockSerial, SecondInstanceIsRefusedAndLeavesTheHoldersFile) {
     EXPECT_TRUE(e2e::PathExists(kLockFile));
 }
 
-TEST_F(SorvikLockSerial, HelpAndCommandLineErrorsComeBeforeTheLock) {
+TEST_F(SorvikLockTest, HelpAndCommandLineErrorsComeBeforeTheLock) {
     e2e::ExternalFileLock holder(kLockFile);
     const e2e::ProcessResult help = Run({"--help", "-outc=inv.xml"});
     EXPECT_EQ(help.exitStatus, 0);
@@ -48,7 +48,7 @@ TEST_F(SorvikLockSerial, HelpAndCommandLineErrorsComeBeforeTheLock) {
     EXPECT_EQ(wrong.err, "Option argument is Invalid\n");
 }
 
-TEST_F(SorvikLockSerial, ProgressWithoutARunningInstanceExitsZeroAndLeavesNoFile) {
+TEST_F(SorvikLockTest, ProgressWithoutARunningInstanceExitsZeroAndLeavesNoFile) {
     const e2e::ProcessResult result = Run({"-p"});
     ASSERT_TRUE(result.exited);
     EXPECT_EQ(result.exitStatus, 0);
@@ -57,7 +57,7 @@ TEST_F(SorvikLockSerial, ProgressWithoutARunningInstanceExitsZeroAndLeavesNoFile
     EXPECT_FALSE(e2e::PathExists(kLockFile));
 }
 
-TEST_F(SorvikLockSerial, StaleLockFileDoesNotBlock) {
+TEST_F(SorvikLockTest, StaleLockFileDoesNotBlock) {
     {
         e2e::ExternalFileLock holder(kLockFile);  // its process ends, the file stays
     }
@@ -74,7 +74,7 @@ TEST_F(SorvikLockSerial, StaleLockFileDoesNotBlock) {
     EXPECT_EQ(run.err.find("Another instance"), std::string::npos);
 }
 
-TEST_F(SorvikLockSerial, LockFileIsGoneAfterARun) {
+TEST_F(SorvikLockTest, LockFileIsGoneAfterARun) {
     const e2e::ProcessResult result = Run({});
     ASSERT_TRUE(result.exited);
     EXPECT_NE(result.exitStatus, 3);

@@ -6,6 +6,7 @@
 #include <string>
 
 class CLockManager;
+class IQVRGenerationSource;
 class CQVRICInvoker;
 class CQVRModuleList;
 class QVRArgumentList;
@@ -22,8 +23,10 @@ public:
     // Takes the start directory and creates the module list and the real lock
     // manager. Throws CQVRBadAllocException when an allocation fails.
     CQVRController();
-    // The same with the given lock manager, which the controller takes over.
-    explicit CQVRController(CLockManager* lockManager);
+    // The same with the given lock manager, which the controller takes over,
+    // and the given generation source (borrowed; null asks the management
+    // controller).
+    explicit CQVRController(CLockManager* lockManager, IQVRGenerationSource* generations = nullptr);
     CQVRController(const CQVRController&) = delete;
     CQVRController& operator=(const CQVRController&) = delete;
     // Deletes invoker, manager, data model and module list, then releases a held
@@ -60,6 +63,7 @@ private:
     std::set<std::string> m_systemGenerations;
     std::string m_startDirectory;
     CLockManager* m_pLockManager;
+    IQVRGenerationSource* m_pGenerations;
     int32_t m_lockFileID;
 };
 

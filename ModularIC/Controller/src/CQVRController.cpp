@@ -10,6 +10,7 @@
 #include "CQVRICException.h"
 #include "CQVRICInvoker.h"
 #include "CQVRInterruptHandler.h"
+#include "IQVRGenerationSource.h"
 #include "CQVRModuleList.h"
 #include "CQVRModuleManager.h"
 #include "CSharedMemReader.h"
@@ -48,12 +49,13 @@ void LogOutputterAllocationFailure(unsigned int line) {
 
 CQVRController::CQVRController() : CQVRController(nullptr) {}
 
-CQVRController::CQVRController(CLockManager* lockManager)
+CQVRController::CQVRController(CLockManager* lockManager, IQVRGenerationSource* generations)
     : m_pArgumentList(nullptr),
       m_pModuleList(nullptr),
       m_pDataModel(nullptr),
       m_pDataModelManager(nullptr),
       m_pICInvoker(nullptr),
+      m_pGenerations(generations),
       m_lockFileID(kNoLock) {
     m_startDirectory = CPlatformLayer::getCurrentDirectory();
     m_pModuleList = new (std::nothrow) CQVRModuleList();
@@ -183,8 +185,12 @@ unsigned int CQVRController::CheckForProgressOption() {
 
 void CQVRController::PopulateSystemGeneration() {
     try {
-        CICContextEvaluator_SysGen* evaluator = CICContextEvaluator_SysGen::GetContextEvaluatorInstance();
-        if (evaluator != nullptr) evaluator->GetSysGenerationInventoryList(m_systemGenerations);
+        if (m_pGenerations != nullptr) {
+            m_pGenerations->GetGenerations(m_systemGenerations);
+        } else {
+            CICContextEvaluator_SysGen* evaluator = CICContextEvaluator_SysGen::GetContextEvaluatorInstance();
+            if (evaluator != nullptr) evaluator->GetSysGenerationInventoryList(m_systemGenerations);
+        }
         if (m_systemGenerations.empty()) {
             CICContextEvaluator_SysGen::DeleteContextEvaluatorInstance();
             throw CQVRICException(__FILE__, kNoGenerationLine, "PopulateSystemGeneration",

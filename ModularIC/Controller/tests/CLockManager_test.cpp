@@ -26,7 +26,7 @@ char TryLock(CLockManager& manager, int& handle) {
 
 // Real processes: record locks belong to a process, so one process cannot
 // show that a second one is refused.
-TEST(CLockManagerSerial, OfTwoProcessesStartedTogetherExactlyOneWinsAtOnce) {
+TEST(CLockManagerTest, OfTwoProcessesStartedTogetherExactlyOneWinsAtOnce) {
     ASSERT_FALSE(LockFileExists()) << "is a collection running?";
     int go[2], results[2], hold[2];
     ASSERT_EQ(::pipe(go) | ::pipe(results) | ::pipe(hold), 0);
@@ -61,7 +61,7 @@ TEST(CLockManagerSerial, OfTwoProcessesStartedTogetherExactlyOneWinsAtOnce) {
 
 // Anything but a regular file at the path reads as another instance, at once:
 // a FIFO without a reader would otherwise block the open forever.
-TEST(CLockManagerSerial, PlantedLinksFifosAndDirectoriesAreRefusedWithoutBlocking) {
+TEST(CLockManagerTest, PlantedLinksFifosAndDirectoriesAreRefusedWithoutBlocking) {
     char target[] = "/tmp/sorvik-lock-target-XXXXXX";
     ::close(::mkstemp(target));
     const char* const path = CLockManager::kLockFilePath;
@@ -108,7 +108,7 @@ public:
     int replacement = -1;
 };
 
-TEST(CLockManagerSerial, ALockTakenOnAFileRemovedMeanwhileIsTakenAgainOnTheFileAtThePath) {
+TEST(CLockManagerTest, ALockTakenOnAFileRemovedMeanwhileIsTakenAgainOnTheFileAtThePath) {
     ASSERT_FALSE(LockFileExists()) << "is a collection running?";
     RacingOps ops;
     CLockManager manager(&ops);

@@ -9,6 +9,7 @@
 #include "CSharedMemWriter.h"
 #include "CollectionDir.h"
 #include "FakeShmApi.h"
+#include "IQVRGenerationSource.h"
 #include "QVRArgumentList.h"
 #include "QVRMain.h"
 #include "StreamCapture.h"
@@ -28,6 +29,12 @@ private:
     std::function<int()> m_lock;
 };
 
+// Generation names as a management controller might have answered, without asking one.
+struct FakeGenerations : IQVRGenerationSource {
+    void GetGenerations(std::set<std::string>& out) override { out = names; }
+    std::set<std::string> names = {"GenPre12G"};
+};
+
 const char kSource[] = R"(qvr_ModularIC/Controller/src/CQVRController\.cpp)";
 const key_t kShmKey = 0x94D553DF;
 
@@ -35,9 +42,10 @@ class CQVRControllerTest : public ::testing::Test {
 protected:
     CQVRController* NewController() {
         return new CQVRController(new FakeLockManager([this] {
-            if (onLock) onLock();
-            return lockResult;
-        }));
+                                      if (onLock) onLock();
+                                      return lockResult;
+                                  }),
+                                  &generations);
     }
     // Runs the entry point, by default on a controller with the fake lock, and keeps what it printed.
     int Main(std::vector<std::string> words, QVRControllerFactory factory = nullptr) {
@@ -52,6 +60,7 @@ protected:
         return status;
     }
 
+    FakeGenerations generations;
     int lockResult = 5;
     std::function<void()> onLock;  // may throw
     std::string printed, errors;
