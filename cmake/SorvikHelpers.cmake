@@ -1,6 +1,8 @@
-# Warnings as errors for the project's own code only.
+# Warnings as errors for the project's own code only; packagers building with
+# another compiler may turn the errors off with -DSORVIK_WERROR=OFF.
+option(SORVIK_WERROR "Treat the project's compiler warnings as errors" ON)
 function(sorvik_warnings target)
-  target_compile_options(${target} PRIVATE -Wall -Wextra -Werror)
+  target_compile_options(${target} PRIVATE -Wall -Wextra $<$<BOOL:${SORVIK_WERROR}>:-Werror>)
   target_compile_features(${target} PUBLIC cxx_std_17)
 endfunction()
 
