@@ -14,6 +14,8 @@ class BQMLock {
     // Blocks until the calling thread holds the mutex. Locking it twice from one thread deadlocks.
     void Lock();
     void Unlock();
+    // For waiting on a condition variable with it.
+    pthread_mutex_t* GetHandle() { return &mMutex; }
 
   private:
     pthread_mutex_t mMutex;
