@@ -1,7 +1,9 @@
 #ifndef CLOGGER_H
 #define CLOGGER_H
 
+#include <atomic>
 #include <fstream>
+#include <mutex>
 #include <sstream>
 #include <string>
 
@@ -13,7 +15,7 @@ extern const std::string strEnableLogFileName;
 
 // The collector's diagnostic log: time-stamped lines with source file and line.
 // Disabled (every call a no-op) until Initialize opens a file; the collector
-// itself never enables it. Takes no lock.
+// itself never enables it. Thread-safe: module workers log concurrently.
 class CLogger {
   public:
     static CLogger* GetInstance();
@@ -36,10 +38,11 @@ class CLogger {
   private:
     CLogger();
 
-    static CLogger* m_ptrInstance;
+    static std::atomic<CLogger*> m_ptrInstance;
+    std::mutex m_mutex;  // the file and its name
     std::string m_fileName;
     std::ofstream m_stream;
-    bool m_enabled;
+    std::atomic<bool> m_enabled;
 };
 
 #endif

@@ -6,16 +6,28 @@
 const std::string strBaseUtilsLogFileName = "baseutils.log";
 const std::string strEnableLogFileName = "kpxdebuglog";
 
-CLogger* CLogger::m_ptrInstance = nullptr;
+std::atomic<CLogger*> CLogger::m_ptrInstance{nullptr};
+
+namespace {
+std::mutex g_instanceMutex;
+}  // namespace
 
 CLogger::CLogger() : m_fileName("debug.log"), m_enabled(false) {}
 
 CLogger* CLogger::GetInstance() {
-    if (m_ptrInstance == nullptr) m_ptrInstance = new CLogger();
-    return m_ptrInstance;
+    CLogger* instance = m_ptrInstance.load(std::memory_order_acquire);
+    if (instance != nullptr) return instance;
+    std::lock_guard<std::mutex> lock(g_instanceMutex);
+    instance = m_ptrInstance.load(std::memory_order_relaxed);
+    if (instance == nullptr) {
+        instance = new CLogger();
+        m_ptrInstance.store(instance, std::memory_order_release);
+    }
+    return instance;
 }
 
 bool CLogger::Initialize(const std::string& file) {
+    std::lock_guard<std::mutex> lock(m_mutex);
     if (m_enabled) return true;
     m_fileName = file;
     m_stream.open(m_fileName.c_str(), std::ios::out | std::ios::trunc);
@@ -37,6 +49,7 @@ void CLogger::log(const char* file, unsigned int line, const std::string& messag
     struct tm local;
     localtime_r(&now, &local);
     std::strftime(stamp, sizeof stamp, "[%Y-%m-%dT%H:%M:%S] ", &local);
+    std::lock_guard<std::mutex> lock(m_mutex);
     m_stream.seekp(0, std::ios::end);
     m_stream << stamp << ": " << std::setw(25) << getFileName(file ? file : "") << ":" << std::setw(5) << line
              << ": " << message << "\n";
@@ -51,6 +64,6 @@ void CLogger::log(const char* file, unsigned int line, std::ostringstream& messa
 }
 
 void CLogger::DestroyInstanceForTesting() {
-    delete m_ptrInstance;
-    m_ptrInstance = nullptr;
+    std::lock_guard<std::mutex> lock(g_instanceMutex);
+    delete m_ptrInstance.exchange(nullptr);
 }
