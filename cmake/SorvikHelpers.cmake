@@ -1,3 +1,6 @@
+include(${CMAKE_CURRENT_LIST_DIR}/SorvikVersion.cmake)
+sorvik_version_header()
+
 # Warnings as errors for the project's own code only; packagers building with
 # another compiler may turn the errors off with -DSORVIK_WERROR=OFF.
 option(SORVIK_WERROR "Treat the project's compiler warnings as errors" ON)

@@ -2,10 +2,7 @@
 
 #include <cstdio>
 
-namespace {
-const char kVersionText[] = "21.09.200 (BLD_1155)";
-const int kBuildNumber = 1155;
-}  // namespace
+#include "SorvikVersion.h"
 
 // clang-format off
 const char* const kQVRUsageFormat = "\nUsage: %s [OPTION]...\n \t\tOptions:\n \t\t\t[ --help | -h]               \t\tFor help\n \t\t\t[ --version | -v]            \t\tInventory collector version\n \t\t\t[-outc=<file-name> | -o=<file-name>]\tOutput file\n \t\t\t[-outf=<output format>] \t\tXML or JSON output format\n \t\t\t[-logc=<file-name> | -l=<file-name>]\tError log xml file\n \t\t\t[-disable=<GUID> | -d=<GUID>]       \tDisable the inventory module\n \t\t\t[-enc=<encoding>]       \t\tUTF-8 or UTF-16, this option is only applied to the output xml file specified by - outc\n \t\t\t[-progress | -p]\t\t\t  \tProvides progress of running inventroy collector\n \t\t\t[-comptype=<componenttype>]\t\tEnables one to inventory the programmable component  like BIOS, APAC, APP, FRMW.\n";
@@ -25,6 +22,6 @@ void PrintICVersion() {
     std::fflush(stdout);
 }
 
-std::string GetICVersion() { return kVersionText; }
+std::string GetICVersion() { return SORVIK_VERSION_TEXT; }
 
-std::string GetICBuildVersion() { return std::to_string(kBuildNumber); }
+std::string GetICBuildVersion() { return std::to_string(SORVIK_BUILD_NUMBER); }

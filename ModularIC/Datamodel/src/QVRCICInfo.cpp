@@ -1,10 +1,11 @@
 #include "QVRCICInfo.h"
 
 #include "CDeviceInfo.h"
+#include "SorvikVersion.h"
 
 QVRCICInfo::QVRCICInfo()
     : m_name("Inventory Collector"),
-      m_version("21.09.200 (BLD_1155)"),
+      m_version(SORVIK_VERSION_TEXT),
       m_componentID("106946"),
       m_componentType("APAC") {
     m_build = BuildFromVersion(m_version);

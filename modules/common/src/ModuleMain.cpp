@@ -5,10 +5,12 @@
 #include <exception>
 #include <new>
 
+#include "SorvikVersion.h"
+
 namespace svm {
 namespace {
 
-const char* const kVersion = "21.09.200";
+const char* const kVersion = SORVIK_VERSION;
 
 void PrintUsage(const char* name, const char* summary) {
     std::printf(
