@@ -1,3 +1,5 @@
+#include <dirent.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -49,7 +51,29 @@ std::string MakePidsCgroup(int limit) {
     return "";
 }
 
-class FaultsTest : public CollectionTest {};
+// The names in a directory, dot files included.
+std::vector<std::string> Names(const std::string& directory) {
+    std::vector<std::string> names;
+    if (DIR* dir = ::opendir(directory.c_str())) {
+        while (const dirent* entry = ::readdir(dir))
+            if (std::string(entry->d_name) != "." && std::string(entry->d_name) != "..") names.push_back(entry->d_name);
+        ::closedir(dir);
+    }
+    return names;
+}
+
+class FaultsTest : public CollectionTest {
+protected:
+    // The collector through the simulator, started by "sh -c" with the given
+    // redirection or pipeline around it ("$@" is the collector and its options).
+    e2e::ProcessResult RunIn(const std::string& shell, const Args& args) const {
+        e2e::RunOptions options;
+        options.workingDirectory = dir.Path();
+        options.args = {"-c", shell, "sh", IPMISIM_RUN_SCRIPT, e2e::SorvikBinary()};
+        options.args.insert(options.args.end(), args.begin(), args.end());
+        return e2e::RunProgram("/bin/sh", options);
+    }
+};
 
 TEST_F(FaultsTest, AModuleFloodingItsOutputIsKilledAtTheLimitAndTheOthersAreKept) {
     Install(GenericOnly({Module{"flood", "exec yes '<Device/>'\n"}, Module{"good", Emit(DeviceDoc("1"))}}));
@@ -89,6 +113,48 @@ TEST_F(FaultsTest, ModulesThatNoThreadCouldRunAreFailuresNotSilence) {
     ::rmdir(group.c_str());
     ExpectResult(result, 0, InventoryXml("") + ErrorXml({{"/a", kFailed}, {"/b", kFailed}}));
     EXPECT_TRUE(Ran().empty());
+}
+
+TEST_F(FaultsTest, AFailedWriteIsAFailureWithAMessageAndNeverATruncatedDocument) {
+    // Enough devices that no document fits in the small file system below.
+    std::string script = "echo '<SVMInventory>'\n";
+    for (int i = 0; i < 400; ++i)
+        script += "echo '<Device componentID=\"" + std::to_string(i) +
+                  "\" display=\"d\"><Application componentType=\"FRMW\" version=\"1\" display=\"a\"/></Device>'\n";
+    script += "echo '<SPStatus result=\"false\"><Message>half done</Message></SPStatus></SVMInventory>'\n";
+    Install(GenericOnly({Module{"m", script}}));
+    const std::string small = dir.PathOf("small");
+    dir.MakeDirectory("small");
+    ASSERT_EQ(::mount("sorvik-test", small.c_str(), "tmpfs", 0, "size=16k"), 0);
+    dir.WriteFile("small/inv.xml", "the previous inventory");
+    const std::string noSpace = "Unable to write the inventory: No space left on device]";
+    const struct {
+        const char* name;
+        std::string shell;
+        Args args;
+        int status;
+        std::string err;  // a part of standard error
+    } rows[] = {
+        {"inventory to a full device", "exec \"$@\"", {"-outc=/dev/full"}, 2, noSpace},
+        {"error document to a full device", "exec \"$@\"", {"-outc=" + dir.PathOf("inv.xml"), "-logc=/dev/full"}, 2,
+         noSpace},
+        {"JSON to a full device", "exec \"$@\"", {"-outf=JSON", "-outc=/dev/full"}, 2, noSpace},
+        {"standard output on a full device", "exec \"$@\" > /dev/full", {}, 2, noSpace},
+        {"a file system that fills up", "exec \"$@\"", {"-outc=" + small + "/inv.xml"}, 2, noSpace},
+        // Ended as SIGPIPE would end it, but with the lock released.
+        {"standard output closed by its reader", "(\"$@\"; echo $? >&2) | head -c 100 > /dev/null", {}, 0, "141\n"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const e2e::ProcessResult result = RunIn(row.shell, row.args);
+        EXPECT_EQ(result.exitStatus, row.status);
+        EXPECT_NE(result.err.find(row.err), std::string::npos) << result.err;
+        EXPECT_EQ(result.err.find("I/O error"), std::string::npos) << "libxml2 spoke: " << result.err;
+        EXPECT_FALSE(e2e::PathExists(kLockFile));
+    }
+    EXPECT_EQ(dir.ReadFile("small/inv.xml"), "the previous inventory");
+    EXPECT_EQ(Names(small), std::vector<std::string>{"inv.xml"});  // no temporary file left
+    ::umount(small.c_str());
 }
 
 }  // namespace

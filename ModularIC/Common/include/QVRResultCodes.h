@@ -25,5 +25,7 @@ constexpr unsigned int QVR_RESULT_NO_INSTANCE_ACTIVE = 49;
 constexpr unsigned int QVR_RESULT_PROGRESS_FAILED = 50;
 constexpr unsigned int QVR_RESULT_INVALID_ARGUMENT_2 = 51;
 constexpr unsigned int QVR_RESULT_INVALID_ARGUMENT_3 = 52;
+// Standard output was closed by its reader: ended as a SIGPIPE would have, silently.
+constexpr unsigned int QVR_RESULT_OUTPUT_CLOSED = 128 + 13;
 
 #endif

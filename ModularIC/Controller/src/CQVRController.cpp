@@ -1,5 +1,7 @@
 #include "CQVRController.h"
 
+#include <cerrno>
+#include <cstring>
 #include <new>
 
 #include "CICContextEvaluator_SysGen.h"
@@ -259,7 +261,14 @@ unsigned int CQVRController::WriteOutput() {
                 LogOutputterAllocationFailure(__LINE__);
                 throw CQVRBadAllocException("Unable to create memory for \t\t\tQVROutputterManager Object.");
             }
-            outputter->Write(m_pArgumentList, m_pDataModel);
+            if (!outputter->Write(m_pArgumentList, m_pDataModel)) {
+                const int error = errno;
+                if (error == EPIPE) return QVR_RESULT_OUTPUT_CLOSED;
+                throw CQVRICException(__FILE__, __LINE__, "WriteOutput",
+                                      std::string("Unable to write the inventory: ") +
+                                          std::strerror(error != 0 ? error : EIO),
+                                      "CQVRICException");
+            }
         }
         // A run that collected device records deliberately ends with result 1.
         return m_pDataModel->GetDeviceList().empty() ? QVR_RESULT_SUCCESS : QVR_RESULT_RECORDS_COLLECTED;

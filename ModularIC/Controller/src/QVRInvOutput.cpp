@@ -43,6 +43,7 @@ const SResultMessage kResultMessages[] = {
     {QVR_RESULT_PROGRESS_FAILED, "Unable to Process Invnetory Collector Progress", false},
     {QVR_RESULT_INVALID_ARGUMENT_2, "Option argument is Invalid\n", false},
     {QVR_RESULT_INVALID_ARGUMENT_3, "Option argument is Invalid\n", false},
+    {QVR_RESULT_OUTPUT_CLOSED, nullptr, false},
 };
 
 }  // namespace

@@ -43,8 +43,8 @@ bool IQVRFactory::Write() {
     m_pTopBanner->Write();
     m_pOuputContent->Write();
     if (m_pButtomBanner != nullptr) m_pButtomBanner->Write();
-    m_pOutputStream->Write();
-    return true;
+    // False (errno set) when a document could not be written.
+    return m_pOutputStream->Write();
 }
 
 IQVRBanners* IQVRFactory::InitButtomBanner(QVR_E_MARGINS) const { return nullptr; }

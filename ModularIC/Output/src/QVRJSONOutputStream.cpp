@@ -19,7 +19,4 @@ QVRJSONOutputStream::~QVRJSONOutputStream() { delete m_pWriter; }
 
 bool QVRJSONOutputStream::IsReady() const { return m_pWriter != nullptr && m_pWriter->GetRoot() != nullptr; }
 
-bool QVRJSONOutputStream::Write() {
-    if (m_pWriter != nullptr) m_pWriter->Write(m_outputFilePath);
-    return true;
-}
+bool QVRJSONOutputStream::Write() { return m_pWriter == nullptr || m_pWriter->Write(m_outputFilePath); }

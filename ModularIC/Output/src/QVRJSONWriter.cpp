@@ -1,5 +1,9 @@
 #include "QVRJSONWriter.h"
 
+#include <cerrno>
+
+#include "QVROutputFile.h"
+
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
@@ -89,6 +93,7 @@ bool QVRJSONWriter::Write(const std::string& path) const {
     // Freeing the printed buffer changes nothing in the output.
     char* printed = m_root != nullptr ? cJSON_Print(m_root) : nullptr;
     bool written = false;
+    errno = 0;
     if (path.empty()) {
         if (printed != nullptr) {
             std::cout << printed << "\n";
@@ -97,17 +102,20 @@ bool QVRJSONWriter::Write(const std::string& path) const {
             std::cout << "\n";
         }
         std::cout.flush();
+        if (!std::cout.good() || !QVRFlushStandardOutput()) {
+            written = false;
+            if (errno == 0) errno = EIO;
+        }
         if (printed == nullptr) std::cout.setstate(std::ios::failbit);
     } else {
-        std::ofstream file(path.c_str(), std::ios::out | std::ios::binary | std::ios::trunc);
-        if (file.is_open()) {
-            if (printed != nullptr) file << printed;
-            file << "\n";
-            file.flush();
-            written = printed != nullptr && file.good();
-            file.close();
-        }
+        const std::string text = std::string(printed != nullptr ? printed : "") + "\n";
+        QVROutputFile file(path);
+        written = file.Open() && file.WriteAll(text.data(), text.size()) && printed != nullptr && file.Commit();
     }
-    if (printed != nullptr) cJSON_free(printed);
+    if (printed != nullptr) {
+        const int saved = errno;
+        cJSON_free(printed);
+        errno = saved;
+    }
     return written;
 }

@@ -66,8 +66,7 @@ bool QVROutputterManager::WriteProgress(QVRArgumentList* arguments, int total, i
     writer.AddNodePropertyWithValue(root, "timestamp", QVROutputClock::Timestamp());
     writer.AddNodePropertyWithValue(root, "totalInvComponents", totalText.str());
     writer.AddNodePropertyWithValue(root, "completedInvComponents", completedText.str());
-    writer.Write(path, encoding);
-    return true;
+    return writer.Write(path, encoding);
 }
 
 void QVROutputterManager::ReleaseInstance() {

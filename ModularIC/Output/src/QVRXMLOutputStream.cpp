@@ -6,6 +6,8 @@
 #include "QVROptionKeys.h"
 #include "QVRXMLWriter.h"
 
+#include <cerrno>
+
 QVRXMLOutputStream::QVRXMLOutputStream(QVRArgumentList* arguments)
     : m_pDocWriter(new (std::nothrow) QVRXMLWriter()),
       m_pErrorWriter(new (std::nothrow) QVRXMLWriter()),
@@ -33,8 +35,18 @@ std::string QVRXMLOutputStream::ChooseEncoding(const std::string& path, const st
 }
 
 bool QVRXMLOutputStream::Write() {
-    if (m_pDocWriter != nullptr) m_pDocWriter->Write(m_outputFilePath, ChooseEncoding(m_outputFilePath, m_encoding));
-    if (m_bErrorDocPresent && m_pErrorWriter != nullptr)
-        m_pErrorWriter->Write(m_errorFilePath, ChooseEncoding(m_errorFilePath, m_encoding));
-    return true;
+    // Both documents are attempted; the first failure's errno is kept.
+    bool written = true;
+    int error = 0;
+    if (m_pDocWriter != nullptr && !m_pDocWriter->Write(m_outputFilePath, ChooseEncoding(m_outputFilePath, m_encoding))) {
+        written = false;
+        error = errno;
+    }
+    if (m_bErrorDocPresent && m_pErrorWriter != nullptr &&
+        !m_pErrorWriter->Write(m_errorFilePath, ChooseEncoding(m_errorFilePath, m_encoding)) && written) {
+        written = false;
+        error = errno;
+    }
+    errno = error;
+    return written;
 }

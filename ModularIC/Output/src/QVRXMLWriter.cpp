@@ -1,5 +1,10 @@
 #include "QVRXMLWriter.h"
 
+#include <cerrno>
+
+#include "QVROutputFile.h"
+#include "QVRXMLErrorSilencer.h"
+
 #include <libxml/xmlsave.h>
 
 namespace {
@@ -83,9 +88,23 @@ xmlNodePtr QVRXMLWriter::AddChildNode(xmlNodePtr parent, xmlNodePtr child) {
 
 bool QVRXMLWriter::Write(const std::string& path, const std::string& encoding) const {
     if (m_doc == nullptr) return false;
-    const std::string target = path.empty() ? std::string("-") : path;
     const std::string enc = encoding.empty() ? std::string("UTF-8") : encoding;
-    return xmlSaveFormatFileEnc(target.c_str(), m_doc, enc.c_str(), 1) >= 0;
+    // A failed write is reported by the caller, once, in its own words.
+    QVRXMLErrorSilencer quiet;
+    errno = 0;
+    if (path.empty()) {
+        const bool saved = xmlSaveFormatFileEnc("-", m_doc, enc.c_str(), 1) >= 0;
+        if (!QVRFlushStandardOutput()) return false;
+        if (!saved && errno == 0) errno = EIO;
+        return saved;
+    }
+    QVROutputFile file(path);
+    if (!file.Open()) return false;
+    if (xmlSaveFormatFileEnc(file.WritePath().c_str(), m_doc, enc.c_str(), 1) < 0) {
+        if (errno == 0) errno = EIO;
+        return false;
+    }
+    return file.Commit();
 }
 
 std::string QVRXMLWriter::RawXMLDumpNode(xmlNodePtr node) const {
