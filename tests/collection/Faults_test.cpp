@@ -116,9 +116,9 @@ TEST_F(FaultsTest, ModulesThatNoThreadCouldRunAreFailuresNotSilence) {
 }
 
 TEST_F(FaultsTest, AFailedWriteIsAFailureWithAMessageAndNeverATruncatedDocument) {
-    // Enough devices that no document fits in the small file system below.
+    // More than a pipe holds, and more than the small file system below.
     std::string script = "echo '<SVMInventory>'\n";
-    for (int i = 0; i < 400; ++i)
+    for (int i = 0; i < 2000; ++i)
         script += "echo '<Device componentID=\"" + std::to_string(i) +
                   "\" display=\"d\"><Application componentType=\"FRMW\" version=\"1\" display=\"a\"/></Device>'\n";
     script += "echo '<SPStatus result=\"false\"><Message>half done</Message></SPStatus></SVMInventory>'\n";
