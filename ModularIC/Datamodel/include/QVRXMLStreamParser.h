@@ -29,8 +29,18 @@ public:
 
     enum Result { kWellFormed, kNotWellFormed, kStopped };
 
+    // What the entity references of a document may add to its values: no more
+    // than kMaxValueBytes to one value, no more than kMaxExpansionFactor times
+    // the document plus kExpansionAllowance to all of them. A module reports
+    // versions and names; a document past either is refused as not
+    // well-formed, so reading any document costs time linear in its size.
+    static constexpr std::size_t kMaxValueBytes = 1u << 20;
+    static constexpr std::size_t kMaxExpansionFactor = 2;
+    static constexpr std::size_t kExpansionAllowance = 1u << 20;
+
     // Reads text up to its first NUL byte (or length bytes). Text longer than
-    // libxml2 can address is not well-formed.
+    // libxml2 can address, or whose values expand beyond the limits above, is
+    // not well-formed.
     static Result Parse(const char* text, std::size_t length, Handler& handler);
 };
 

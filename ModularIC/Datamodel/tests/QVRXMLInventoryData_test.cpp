@@ -209,6 +209,32 @@ TEST(BadModuleOutput, MalformedOrHostileDocumentsBecomeOneInvalidRecordQuickly) 
     EXPECT_EQ(out[0].getVersion(), big);
 }
 
+// One large entity referred to many times, in text or in an attribute, would
+// expand to a gigabyte when read: such a document is refused at once, while
+// entities of ordinary size are still expanded.
+TEST(BadModuleOutput, EntityExpansionStaysLinearInTheDocumentSize) {
+    std::string refs;
+    for (int i = 0; i < 10000; ++i) refs += "&e;";
+    const std::string dtd = "<!DOCTYPE SVMInventory [<!ENTITY e \"" + std::string(100000, 'e') + "\">]>";
+    const std::string app = "<Application componentType=\"FRMW\" display=\"a\" version=";
+    const std::string hostile[] = {
+        dtd + "<SVMInventory><SPStatus result=\"false\"><Message>" + refs + "</Message></SPStatus></SVMInventory>",
+        dtd + "<SVMInventory><Device componentID=\"1\">" + app + "\"" + refs + "\"/></Device></SVMInventory>",
+        dtd + "<SVMInventory note=\"" + refs + "\"/>",
+    };
+    const auto start = std::chrono::steady_clock::now();
+    for (const std::string& text : hostile)
+        EXPECT_EQ(Module(text), (Strings{std::string("mod||||0|1|") + kInvalid, "failed"}));
+    EXPECT_LT(std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(), 5.0);
+
+    Records out;
+    Module("<!DOCTYPE SVMInventory [<!ENTITY v \"1.2\">]><SVMInventory><Device componentID=\"1\">" + app +
+               "\"&v;-&v;\"/></Device></SVMInventory>",
+           nullptr, &out);
+    ASSERT_EQ(out.size(), 1u);
+    EXPECT_EQ(out[0].getVersion(), "1.2-1.2");
+}
+
 // The wrapper and the module path never read a file through an entity, even
 // when the process switched entity loading on for itself.
 TEST(BadModuleOutput, ExternalEntitiesAreNeverRead) {
