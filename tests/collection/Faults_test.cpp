@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <fstream>
 
@@ -81,6 +82,24 @@ TEST_F(FaultsTest, AModuleFloodingItsOutputIsKilledAtTheLimitAndTheOthersAreKept
     ExpectResult(result, 1, InventoryXml(DeviceBody("1")) + ErrorXml({{"/flood", kFailed}}));
     // 256 MiB of captured output at most, and no copy of it beyond the buffer's growth.
     EXPECT_LT(PeakChildRssBytes(), kMemoryFactor * (700L << 20));
+}
+
+TEST_F(FaultsTest, AHostileDocumentCostsTimeAndMemoryLinearInItsSize) {
+    // 150 kB that would expand to a gigabyte: one 100 kB entity, 10,000 references.
+    const std::string hostile =
+        "printf '<!DOCTYPE SVMInventory [<!ENTITY e \"'\n"
+        "head -c 100000 /dev/zero | tr '\\0' e\n"
+        "printf '\">]><SVMInventory><Device componentID=\"9\" display=\"d\">"
+        "<Application componentType=\"FRMW\" display=\"a\" version=\"'\n"
+        "i=0; while [ $i -lt 10000 ]; do printf '&e;'; i=$((i+1)); done\n"
+        "printf '\"/></Device></SVMInventory>'\n";
+    Install(GenericOnly({Module{"hostile", hostile}, Module{"good", Emit(DeviceDoc("1"))}}));
+    const auto start = std::chrono::steady_clock::now();
+    const e2e::ProcessResult result = Run({});
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+    ExpectResult(result, 1,
+                 InventoryXml(DeviceBody("1")) + ErrorXml({{"/hostile", "Invalid inventory XML root element."}}));
+    EXPECT_LT(PeakChildRssBytes(), kMemoryFactor * (200L << 20));
 }
 
 TEST_F(FaultsTest, AnythingButARegularFileAtTheLockPathReadsAsAnotherInstanceAtOnce) {
