@@ -5,6 +5,7 @@
 #include <libxml/parser.h>
 
 #include <cstring>
+#include <exception>
 #include <string>
 #include <unordered_map>
 
@@ -99,7 +100,23 @@ struct StreamState {
     bool rootSeen;
     bool stopped;
     bool tooLarge;
+    // A throw may not unwind through libxml2's frames: it waits here until the
+    // parse has returned and its context is freed.
+    std::exception_ptr failure;
 };
+
+// Runs a step of a callback, keeping what it throws for Parse to rethrow.
+template <typename Step>
+void Guarded(StreamState* state, Step step) {
+    if (state->failure) return;
+    try {
+        step();
+    } catch (...) {
+        state->failure = std::current_exception();
+        state->stopped = true;
+        xmlStopParser(state->ctxt);
+    }
+}
 
 // Hands every complete child of the root to the handler and frees it.
 void FlushRootChildren(StreamState* state, xmlNodePtr root) {
@@ -134,7 +151,8 @@ void StartElement(void* ctx, const xmlChar* localname, const xmlChar* prefix, co
                   const xmlChar** attributes) {
     StreamState* state = OwnState(ctx);
     // Text, comments and the like before a new child of the root are complete.
-    if (state != nullptr && state->ctxt->nodeNr == 1) FlushRootChildren(state, state->ctxt->nodeTab[0]);
+    if (state != nullptr && state->ctxt->nodeNr == 1)
+        Guarded(state, [state] { FlushRootChildren(state, state->ctxt->nodeTab[0]); });
     xmlSAX2StartElementNs(ctx, localname, prefix, URI, nbNamespaces, namespaces, nbAttributes, nbDefaulted,
                           attributes);
     if (state != nullptr && !state->rootSeen && state->ctxt->nodeNr == 1) {
@@ -142,12 +160,14 @@ void StartElement(void* ctx, const xmlChar* localname, const xmlChar* prefix, co
         xmlNode root = *state->ctxt->node;  // its attributes, without the children to come
         root.next = nullptr;
         root.children = nullptr;
-        if (!state->budget->Charge(&root)) {
-            state->tooLarge = true;
-            xmlStopParser(state->ctxt);
-            return;
-        }
-        state->handler->OnRoot(state->ctxt->node);
+        Guarded(state, [state, &root] {
+            if (state->budget->Charge(&root)) {
+                state->handler->OnRoot(state->ctxt->node);
+            } else {
+                state->tooLarge = true;
+                xmlStopParser(state->ctxt);
+            }
+        });
     }
 }
 
@@ -156,9 +176,9 @@ void EndElement(void* ctx, const xmlChar* localname, const xmlChar* prefix, cons
     StreamState* state = OwnState(ctx);
     if (state == nullptr) return;
     if (state->ctxt->nodeNr == 1)
-        FlushRootChildren(state, state->ctxt->nodeTab[0]);  // a child of the root closed
+        Guarded(state, [state] { FlushRootChildren(state, state->ctxt->nodeTab[0]); });  // a child of the root closed
     else if (state->ctxt->nodeNr == 0)
-        FlushRootChildren(state, xmlDocGetRootElement(state->ctxt->myDoc));  // the root closed
+        Guarded(state, [state] { FlushRootChildren(state, xmlDocGetRootElement(state->ctxt->myDoc)); });  // the root closed
 }
 
 }  // namespace
@@ -168,7 +188,7 @@ QVRXMLStreamParser::Result QVRXMLStreamParser::Parse(const char* text, std::size
     xmlParserCtxtPtr ctxt = QVRNewSafeParserCtxt(text, length);
     if (ctxt == nullptr) return kNotWellFormed;
     ExpansionBudget budget(strnlen(text, length));
-    StreamState state = {ctxt, &handler, &budget, false, false, false};
+    StreamState state = {ctxt, &handler, &budget, false, false, false, nullptr};
     ctxt->_private = &state;
     ctxt->sax->startElementNs = &StartElement;
     ctxt->sax->endElementNs = &EndElement;
@@ -183,5 +203,6 @@ QVRXMLStreamParser::Result QVRXMLStreamParser::Parse(const char* text, std::size
     if (ctxt->myDoc != nullptr) xmlFreeDoc(ctxt->myDoc);
     ctxt->myDoc = nullptr;
     xmlFreeParserCtxt(ctxt);
+    if (state.failure) std::rethrow_exception(state.failure);
     return result;
 }

@@ -1,6 +1,8 @@
 #include "QVRXMLParser.h"
 
 #include <gtest/gtest.h>
+
+#include <new>
 #include <libxml/globals.h>
 #include <libxml/parser.h>
 
@@ -28,8 +30,10 @@ struct Collect : QVRXMLStreamParser::Handler {
     std::string root;
     std::vector<std::string> children;
     size_t stopAfter = 0;
+    size_t throwAt = 0;  // the child (counted from 1) whose delivery throws
     void OnRoot(xmlNodePtr node) override { root = QVRXMLParser::NodeName(node); }
     bool OnRootChild(xmlNodePtr child) override {
+        if (children.size() + 1 == throwAt) throw std::bad_alloc();
         std::string entry = QVRXMLParser::NodeName(child);
         if (child->type == XML_ELEMENT_NODE) entry += "/" + std::to_string(xmlChildElementCount(child));
         children.push_back(entry);
@@ -39,6 +43,17 @@ struct Collect : QVRXMLStreamParser::Handler {
 
 QVRXMLStreamParser::Result Stream(const std::string& text, Collect& handler) {
     return QVRXMLStreamParser::Parse(text.data(), text.size(), handler);
+}
+
+// A throw from the handler must not unwind through libxml2: it comes out of
+// Parse once the parser is done, with nothing leaked (the sanitizer build checks).
+TEST(QVRXMLStreamParser, AHandlerThatThrowsStopsTheParseAndTheThrowComesOutAfterIt) {
+    for (size_t at : {1u, 2u, 3u}) {
+        Collect thrower;
+        thrower.throwAt = at;
+        EXPECT_THROW(Stream("<R><A><x/></A><B/><C>text</C></R>", thrower), std::bad_alloc);
+        EXPECT_EQ(thrower.children.size(), at - 1);
+    }
 }
 
 TEST(QVRXMLStreamParser, DeliversEachChildOfTheRootWithItsSubtreeBeforeTheVerdict) {
