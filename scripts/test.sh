@@ -2,12 +2,20 @@
 # Sets up, builds and runs the whole test suite.
 #   scripts/test.sh            plain build in build/
 #   scripts/test.sh --sanitize AddressSanitizer + UndefinedBehaviorSanitizer build in build-asan/
+#   scripts/test.sh --tsan     ThreadSanitizer build in build-tsan/: the thread pool, invoker and
+#                              data model tests
 set -eu
 cd "$(dirname "$0")/.."
 "$PWD/scripts/setup.sh"
 dir=build
 flags=""
-if [ "${1:-}" = "--sanitize" ]; then
+tests=""
+if [ "${1:-}" = "--tsan" ]; then
+    dir=build-tsan
+    flags="-DSORVIK_TSAN=ON -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=Debug"
+    tests="ModularIC/Invoker/qvr_threads_tests ModularIC/Invoker/qvr_invoker_tests ModularIC/Datamodel/qvr_datamodel_tests"
+    export TSAN_OPTIONS="halt_on_error=1:second_deadlock_stack=1"
+elif [ "${1:-}" = "--sanitize" ]; then
     dir=build-asan
     flags="-DSORVIK_SANITIZE=ON -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=Debug"
     export ASAN_OPTIONS="detect_leaks=1:abort_on_error=1:verify_asan_link_order=0"
@@ -15,5 +23,12 @@ if [ "${1:-}" = "--sanitize" ]; then
 fi
 # shellcheck disable=SC2086
 cmake -S . -B "$dir" -G Ninja $flags >/dev/null
-cmake --build "$dir"
-ctest --test-dir "$dir" --output-on-failure -j2
+if [ -n "$tests" ]; then
+    for program in $tests; do
+        cmake --build "$dir" --target "$(basename "$program")"
+        (cd "$dir/$(dirname "$program")" && "./$(basename "$program")" --gtest_brief=1)
+    done
+else
+    cmake --build "$dir"
+    ctest --test-dir "$dir" --output-on-failure -j2
+fi
