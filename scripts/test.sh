@@ -4,8 +4,13 @@
 #   scripts/test.sh --sanitize AddressSanitizer + UndefinedBehaviorSanitizer build in build-asan/
 #   scripts/test.sh --tsan     ThreadSanitizer build in build-tsan/: the thread pool, invoker and
 #                              data model tests
+#   scripts/test.sh --vm       the collector on a real Debian kernel in a QEMU guest (build-vm/)
 set -eu
 cd "$(dirname "$0")/.."
+if [ "${1:-}" = "--vm" ]; then
+    "$PWD/scripts/setup-vm.sh"
+    exec sh tests/vm/run-vm-test.sh build-vm /var/cache/sorvik-vm/kernel
+fi
 "$PWD/scripts/setup.sh"
 dir=build
 flags=""
