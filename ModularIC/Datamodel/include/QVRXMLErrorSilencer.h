@@ -2,6 +2,14 @@
 #define QVRXMLERRORSILENCER_H
 
 #include <libxml/xmlerror.h>
+#include <libxml/xmlversion.h>
+
+// libxml2 2.12 made the structured handler's error const.
+#if LIBXML_VERSION >= 21200
+typedef const xmlError* QVRXMLErrorPtr;
+#else
+typedef xmlErrorPtr QVRXMLErrorPtr;
+#endif
 
 // For the life of a scope, libxml2 reports nothing on this thread: its generic
 // and structured error handlers (per thread in libxml2) are replaced by ones that
@@ -16,7 +24,7 @@ public:
 
     // Handlers that drop what they are given.
     static void DropGeneric(void* context, const char* format, ...);
-    static void DropStructured(void* context, xmlErrorPtr error);
+    static void DropStructured(void* context, QVRXMLErrorPtr error);
 
 private:
     xmlGenericErrorFunc m_generic;

@@ -20,4 +20,4 @@ QVRXMLErrorSilencer::~QVRXMLErrorSilencer() {
 
 void QVRXMLErrorSilencer::DropGeneric(void*, const char*, ...) {}
 
-void QVRXMLErrorSilencer::DropStructured(void*, xmlErrorPtr) {}
+void QVRXMLErrorSilencer::DropStructured(void*, QVRXMLErrorPtr) {}

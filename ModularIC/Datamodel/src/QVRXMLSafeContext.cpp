@@ -3,6 +3,7 @@
 #include <libxml/SAX2.h>
 #include <libxml/parserInternals.h>
 #include <libxml/xmlIO.h>
+#include <libxml/xmlversion.h>
 
 #include <climits>
 #include <cstring>
@@ -84,7 +85,12 @@ xmlParserCtxtPtr QVRNewSafeParserCtxt(const char* text, std::size_t length) {
         xmlFreeParserCtxt(ctxt);
         return nullptr;
     }
+    // 2.14 renamed the push and deprecated the old name.
+#if LIBXML_VERSION >= 21400
+    if (xmlCtxtPushInput(ctxt, input) < 0) {
+#else
     if (inputPush(ctxt, input) < 0) {
+#endif
         xmlFreeParserCtxt(ctxt);
         return nullptr;
     }
