@@ -27,15 +27,28 @@ PatternFileSystem g_fileSystem;
 IQVRFileSystem* const g_previous = CFileUtils::SetFileSystemForTesting(&g_fileSystem);
 
 bool Documented(int code) {
-    static const unsigned int codes[] = {
-        QVR_RESULT_SUCCESS, QVR_RESULT_RECORDS_COLLECTED, QVR_RESULT_COMPLETE_FAILURE,
-        QVR_RESULT_ANOTHER_INSTANCE, QVR_RESULT_LOCK_ERROR, QVR_RESULT_INVALID_OPTION,
-        QVR_RESULT_INVALID_LOG_FILE, QVR_RESULT_INVALID_CONFIG_FILE, QVR_RESULT_BDIR_PATH_INVALID,
-        QVR_RESULT_BDIR_NOT_WRITABLE, QVR_RESULT_ARGUMENT_LIST_FAILED, QVR_RESULT_INVALID_ENCODING,
-        QVR_RESULT_REQUIRES_ARGUMENT, QVR_RESULT_SHOULD_NOT_HAVE_ARGUMENT, QVR_RESULT_DEPENDENT_OPTION_MISSING,
-        QVR_RESULT_INVALID_OUTPUT_FORMAT, QVR_RESULT_INVALID_ARGUMENT, QVR_RESULT_PROGRESS_WRITTEN,
-        QVR_RESULT_NO_INSTANCE_ACTIVE, QVR_RESULT_PROGRESS_FAILED, QVR_RESULT_INVALID_ARGUMENT_2,
-        QVR_RESULT_INVALID_ARGUMENT_3};
+    static const unsigned int codes[] = {QVR_RESULT_SUCCESS,
+                                         QVR_RESULT_RECORDS_COLLECTED,
+                                         QVR_RESULT_COMPLETE_FAILURE,
+                                         QVR_RESULT_ANOTHER_INSTANCE,
+                                         QVR_RESULT_LOCK_ERROR,
+                                         QVR_RESULT_INVALID_OPTION,
+                                         QVR_RESULT_INVALID_LOG_FILE,
+                                         QVR_RESULT_INVALID_CONFIG_FILE,
+                                         QVR_RESULT_BDIR_PATH_INVALID,
+                                         QVR_RESULT_BDIR_NOT_WRITABLE,
+                                         QVR_RESULT_ARGUMENT_LIST_FAILED,
+                                         QVR_RESULT_INVALID_ENCODING,
+                                         QVR_RESULT_REQUIRES_ARGUMENT,
+                                         QVR_RESULT_SHOULD_NOT_HAVE_ARGUMENT,
+                                         QVR_RESULT_DEPENDENT_OPTION_MISSING,
+                                         QVR_RESULT_INVALID_OUTPUT_FORMAT,
+                                         QVR_RESULT_INVALID_ARGUMENT,
+                                         QVR_RESULT_PROGRESS_WRITTEN,
+                                         QVR_RESULT_NO_INSTANCE_ACTIVE,
+                                         QVR_RESULT_PROGRESS_FAILED,
+                                         QVR_RESULT_INVALID_ARGUMENT_2,
+                                         QVR_RESULT_INVALID_ARGUMENT_3};
     for (unsigned int documented : codes)
         if (static_cast<unsigned int>(code) == documented) return true;
     return false;

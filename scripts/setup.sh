@@ -2,7 +2,7 @@
 # Installs every Debian package the build, the tests and the benchmarks need.
 # Safe to run again: it does nothing when everything is already installed.
 set -eu
-packages="cmake ninja-build g++ clang pkg-config libxml2-dev libxml2-utils libcjson-dev
+packages="cmake ninja-build g++ clang libclang-rt-14-dev clang-format pkg-config libxml2-dev libxml2-utils libcjson-dev
 libgtest-dev libgmock-dev libbenchmark-dev pciutils pci.ids
 python3 python3-jsonschema groff-base ansible-core"
 missing=""

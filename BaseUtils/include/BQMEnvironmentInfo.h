@@ -8,7 +8,7 @@
 
 // The environment the process runs in; today only the operating system. Not copyable.
 class BQMEnvironmentInfo {
-  public:
+public:
     // probe, not owned, must outlive the object; null means the real system.
     explicit BQMEnvironmentInfo(IBQMOSProbe* probe = nullptr);
     ~BQMEnvironmentInfo();
@@ -28,7 +28,7 @@ class BQMEnvironmentInfo {
     // The version object, owned by this one; null before Initialize.
     BQMOperatingSystemVersion* GetOSVersion() const { return mOSVersion.get(); }
 
-  private:
+private:
     IBQMOSProbe* mProbe;
     std::unique_ptr<BQMOperatingSystemVersion> mOSVersion;
 };

@@ -33,7 +33,7 @@ enum BQMErrorCodeEnum {
 // arithmetic never touches the file system; queries (Exists, GetSize, ...) ask it
 // afresh each time. Failures give false or an empty value, never an exception.
 class BQMFile {
-  public:
+public:
     BQMFile();
     explicit BQMFile(const BQMString& path);
 
@@ -92,7 +92,7 @@ class BQMFile {
     // overwrite is true and is an error otherwise.
     bool Create(bool overwrite, BQMErrorCodeEnum* error = nullptr) const;
 
-  private:
+private:
     BQMString TrimmedPath() const;
 
     BQMString mPath;

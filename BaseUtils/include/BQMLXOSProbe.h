@@ -5,7 +5,7 @@
 
 // The real probe: stat, the C library's file reading and uname.
 class BQMLXOSProbe : public IBQMOSProbe {
-  public:
+public:
     bool FileExists(const std::string& path) override;
     bool ReadFirstLine(const std::string& path, std::size_t maxCharacters, std::string& line) override;
     bool Uname(std::string& systemName, std::string& release) override;

@@ -7,7 +7,7 @@
 // Linux identification: tells ESX (code 18) and ESXi (code 19) hosts from any other
 // Linux (code 0). Architecture, type and vendor-name codes stay 0.
 class BQMLXOperatingSystemVersion : public BQMOperatingSystemVersion {
-  public:
+public:
     // probe, not owned, must outlive the object; null means the real system.
     explicit BQMLXOperatingSystemVersion(IBQMOSProbe* probe = nullptr);
     ~BQMLXOperatingSystemVersion() override;
@@ -22,7 +22,7 @@ class BQMLXOperatingSystemVersion : public BQMOperatingSystemVersion {
     // Always "6.5": a fixed value, deliberately not read from the system.
     BQMString GetVendorVersion();
 
-  private:
+private:
     IBQMOSProbe* mProbe;
 };
 

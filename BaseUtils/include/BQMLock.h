@@ -5,7 +5,7 @@
 
 // One non-recursive POSIX mutex. Not copyable.
 class BQMLock {
-  public:
+public:
     BQMLock();
     ~BQMLock();
     BQMLock(const BQMLock&) = delete;
@@ -17,19 +17,19 @@ class BQMLock {
     // For waiting on a condition variable with it.
     pthread_mutex_t* GetHandle() { return &mMutex; }
 
-  private:
+private:
     pthread_mutex_t mMutex;
 };
 
 // Holds a BQMLock for the lifetime of the guard.
 class BQMLockGuard {
-  public:
+public:
     explicit BQMLockGuard(BQMLock& lock) : mLock(lock) { mLock.Lock(); }
     ~BQMLockGuard() { mLock.Unlock(); }
     BQMLockGuard(const BQMLockGuard&) = delete;
     BQMLockGuard& operator=(const BQMLockGuard&) = delete;
 
-  private:
+private:
     BQMLock& mLock;
 };
 

@@ -24,7 +24,7 @@ enum BQMLogLevel {
 // log and selected lines to the user log. Silent until Initialize has opened both.
 // All members are static; every operation is serialised by the one lock object.
 class BQMLogger {
-  public:
+public:
     // Opens the internal log and, unless the options show 0 levels in the user log, the
     // user log: an existing file is appended to ("a+"), a missing one created ("w"). A
     // log already open stays as it is. A failed open is reported on standard error. The
@@ -49,7 +49,7 @@ class BQMLogger {
     // True while both logs are open; cheap, for callers that skip building arguments.
     static bool IsEnabled();
 
-  private:
+private:
     static std::FILE* mInternalLogFile;
     static std::FILE* mUserLogFile;
     static BQMLoggingOptions mOptions;

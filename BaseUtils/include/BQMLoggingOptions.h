@@ -6,7 +6,7 @@
 
 // What BQMLogger::Initialize opens and how much reaches the user log.
 class BQMLoggingOptions {
-  public:
+public:
     BQMLoggingOptions() : mNumberOfSupportedLevels(0), mNumberOfLevelsToShowInUserLog(0) {}
 
     const BQMString& GetApplicationName() const { return mApplicationName; }
@@ -21,7 +21,7 @@ class BQMLoggingOptions {
     int NumberOfLevelsToShowInUserLog() const { return mNumberOfLevelsToShowInUserLog; }
     void SetNumberOfLevelsToShowInUserLog(int count) { mNumberOfLevelsToShowInUserLog = count; }
 
-  private:
+private:
     BQMString mApplicationName;
     int mNumberOfSupportedLevels;
     BQMFile mUserLogFile;

@@ -13,7 +13,7 @@ enum BQMOSNameCode {
 // Which operating system the process runs on. All codes are 0 and all texts empty
 // until a platform implementation's Initialize fills them.
 class BQMOperatingSystemVersion {
-  public:
+public:
     BQMOperatingSystemVersion();
     virtual ~BQMOperatingSystemVersion();
 
@@ -27,7 +27,7 @@ class BQMOperatingSystemVersion {
     int GetOSType() const { return mOSType; }
     int GetOSVendorName() const { return mOSVendorName; }
 
-  protected:
+protected:
     int mOSName;
     int mOSArch;
     int mOSType;

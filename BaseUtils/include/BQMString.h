@@ -10,7 +10,7 @@
 // text as UTF-32 (Linux wchar_t); malformed input never fails, each bad sequence
 // becomes U+FFFD. Not thread-safe for concurrent mutation (a plain value type).
 class BQMString {
-  public:
+public:
     // Encoding of narrow text given to the constructor. Only UTF-8 (which covers ASCII) exists.
     enum BQMCharEncodingType { BQM_ENCODING_UTF8 = 1 };
 
@@ -91,7 +91,7 @@ class BQMString {
     BQMString& operator+=(const char* other);
     BQMString& operator+=(const wchar_t* other);
 
-  private:
+private:
     BQMString& AppendAscii(const std::string& text, const char* separator);
 
     BQMStringType mData;

@@ -6,7 +6,7 @@
 // A point in time: whole seconds since the Unix epoch, or "not set". Calendar
 // conversions use the process's local time zone and the C locale's names.
 class BQMTime {
-  public:
+public:
     // Not set.
     BQMTime();
     explicit BQMTime(unsigned long long secondsSinceEpoch);
@@ -35,7 +35,7 @@ class BQMTime {
     bool operator<(const BQMTime& other) const { return mValue < other.mValue; }
     bool operator>(const BQMTime& other) const { return mValue > other.mValue; }
 
-  private:
+private:
     bool Format(const char* format, BQMString& out, bool localTime) const;
 
     unsigned long long mValue;

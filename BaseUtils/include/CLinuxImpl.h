@@ -5,7 +5,7 @@
 
 // The real platform calls.
 class CLinuxImpl : public IPlatformImpl {
-  public:
+public:
     std::string GetCurrentDirectory() override;
     bool SetCurrentDirectory(const std::string& dir) override;
     int RunShellCommand(const std::string& command, bool discardStderr) override;

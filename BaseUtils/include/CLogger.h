@@ -17,7 +17,7 @@ extern const std::string strEnableLogFileName;
 // Disabled (every call a no-op) until Initialize opens a file; the collector
 // itself never enables it. Thread-safe: module workers log concurrently.
 class CLogger {
-  public:
+public:
     static CLogger* GetInstance();
 
     // Opens the file (truncating) on the first call. Returns the enabled flag as
@@ -35,7 +35,7 @@ class CLogger {
     // For tests only: not thread-safe, and pointers from GetInstance dangle afterwards.
     static void DestroyInstanceForTesting();
 
-  private:
+private:
     CLogger();
 
     static std::atomic<CLogger*> m_ptrInstance;

@@ -8,7 +8,7 @@
 // The collector's only way to the operating system's process-wide state:
 // working directory, shell commands and sleeps.
 class CPlatformLayer {
-  public:
+public:
     static std::string getCurrentDirectory();
     static bool setCurrentDirectory(const std::string& dir);
     // The shell's standard error reaches ours unless discardStderr is set.
@@ -20,7 +20,7 @@ class CPlatformLayer {
     // previous implementation. Not thread-safe: call before threads start.
     static IPlatformImpl* SetImplForTesting(IPlatformImpl* impl);
 
-  private:
+private:
     static IPlatformImpl& Impl();
 };
 

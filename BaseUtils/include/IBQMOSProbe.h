@@ -7,7 +7,7 @@
 // The system calls behind operating-system identification. BQMLXOSProbe is the
 // real one; tests pass a fake.
 class IBQMOSProbe {
-  public:
+public:
     virtual ~IBQMOSProbe() = default;
     // Whether stat succeeds on the path.
     virtual bool FileExists(const std::string& path) = 0;

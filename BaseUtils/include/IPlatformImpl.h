@@ -6,7 +6,7 @@
 // The operating-system calls behind CPlatformLayer. CLinuxImpl is the real one;
 // tests install a fake with CPlatformLayer::SetImplForTesting.
 class IPlatformImpl {
-  public:
+public:
     virtual ~IPlatformImpl() = default;
     virtual std::string GetCurrentDirectory() = 0;
     virtual bool SetCurrentDirectory(const std::string& dir) = 0;

@@ -30,7 +30,7 @@ void ExpectLine(const std::string& line, const std::string& head, const std::str
 }
 
 class BQMLoggerTest : public ::testing::Test {
-  protected:
+protected:
     void SetUp() override {
         BQMLogger::Terminate();
         options.SetApplicationName(BQMString("BQMIPMILibrary"));

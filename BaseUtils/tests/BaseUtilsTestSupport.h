@@ -14,7 +14,7 @@
 
 // A fresh directory under /tmp, removed with everything in it on destruction.
 class ScopedTempDir {
-  public:
+public:
     ScopedTempDir() {
         char pattern[] = "/tmp/baseutils_test_XXXXXX";
         if (mkdtemp(pattern) != nullptr) mPath = pattern;
@@ -26,14 +26,14 @@ class ScopedTempDir {
     const std::string& Path() const { return mPath; }
     std::string File(const std::string& name) const { return mPath + "/" + name; }
 
-  private:
+private:
     std::string mPath;
 };
 
 // Records shell commands and sleeps instead of running them; installed in
 // CPlatformLayer for its lifetime.
 class FakePlatformImpl : public IPlatformImpl {
-  public:
+public:
     FakePlatformImpl() : mPrevious(CPlatformLayer::SetImplForTesting(this)) {}
     ~FakePlatformImpl() override { CPlatformLayer::SetImplForTesting(mPrevious); }
     std::string GetCurrentDirectory() override { return "/fake"; }
@@ -52,7 +52,7 @@ class FakePlatformImpl : public IPlatformImpl {
     std::vector<unsigned long> sleeps;
     int shellStatus = 0;
 
-  private:
+private:
     IPlatformImpl* mPrevious;
 };
 

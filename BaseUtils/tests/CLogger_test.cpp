@@ -12,7 +12,7 @@
 namespace {
 
 class CLoggerTest : public ::testing::Test {
-  protected:
+protected:
     static CLogger& Fresh() {
         CLogger::DestroyInstanceForTesting();
         return *CLogger::GetInstance();

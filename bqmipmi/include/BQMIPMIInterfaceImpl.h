@@ -10,7 +10,7 @@
 // the kernel drivers when they are missing (and unloads them on Release), and
 // runs requests through the calling process's session. Not thread-safe.
 class BQMIPMIInterfaceImpl {
-  public:
+public:
     // driverUnloadPauseMs: the wait before each driver unload on release.
     explicit BQMIPMIInterfaceImpl(unsigned long driverUnloadPauseMs = kIPMIDriverUnloadPauseMs);
     // Unloads the drivers this object loaded if Release did not.
@@ -35,7 +35,7 @@ class BQMIPMIInterfaceImpl {
     // byte of the session release's answer (0 when a session was open).
     int Release();
 
-  private:
+private:
     // Unloads what the driver manager loaded and drops it.
     void ReleaseDrivers();
 

@@ -13,7 +13,7 @@ class IIPMICommandProcessor;
 // comes from the session handler's application default, overridden by
 // "BQMIPMIConfig.xml" when that file holds settings. One request at a time.
 class BQMIPMISession {
-  public:
+public:
     BQMIPMISession();
     // Closes the device.
     virtual ~BQMIPMISession();
@@ -43,7 +43,7 @@ class BQMIPMISession {
     bool IsInitialized() const { return mInitialized; }
     bool IsConfiguredFromFile() const { return mConfiguredFromFile; }
 
-  private:
+private:
     static BQMIPMIXMLConfig& XMLConfig();
 
     IIPMICommandProcessor* mProcessor;

@@ -12,7 +12,7 @@ class BQMIPMISession;
 // process), and of the application default configuration. Thread-safe: the
 // map and the default are guarded by the handler's lock.
 class BQMIPMISessionHandler {
-  public:
+public:
     // Created on first use.
     static BQMIPMISessionHandler* GetInstance();
     // Destroys the handler and every session it holds.
@@ -33,7 +33,7 @@ class BQMIPMISessionHandler {
     // 60, 5, 5, 50 until set.
     _BQMIPMIConfiguration GetApplicationDefaultConfiguration();
 
-  private:
+private:
     BQMIPMISessionHandler();
     ~BQMIPMISessionHandler();
     BQMIPMISessionHandler(const BQMIPMISessionHandler&) = delete;

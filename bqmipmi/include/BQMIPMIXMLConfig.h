@@ -21,7 +21,7 @@
 //
 // The document is parsed once and kept. Not thread-safe.
 class BQMIPMIXMLConfig : public IBQMIPMIConfiguration {
-  public:
+public:
     BQMIPMIXMLConfig();
     ~BQMIPMIXMLConfig() override;
     BQMIPMIXMLConfig(const BQMIPMIXMLConfig&) = delete;
@@ -39,7 +39,7 @@ class BQMIPMIXMLConfig : public IBQMIPMIConfiguration {
     void SetConfigurationFileName(const BQMString& name);
     const BQMString& GetConfigurationFileName() const { return mFileName; }
 
-  private:
+private:
     struct DocumentDeleter {
         void operator()(xmlDoc* document) const;
     };

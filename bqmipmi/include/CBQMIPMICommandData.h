@@ -7,7 +7,7 @@
 // must outlive the wrapper. Constructing the wrapper clears the response buffer
 // and, when the record has a configuration, its polling byte and status.
 class CBQMIPMICommandData {
-  public:
+public:
     explicit CBQMIPMICommandData(_BQMIPMICommandData* data);
     virtual ~CBQMIPMICommandData();
 
@@ -43,7 +43,7 @@ class CBQMIPMICommandData {
     // True when the polling byte is 0: a zero polling byte asks for polling.
     bool IsPollingRequired() const;
 
-  private:
+private:
     _BQMIPMICommandData* mData;
 };
 

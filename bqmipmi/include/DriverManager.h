@@ -16,10 +16,11 @@
 // for one) hold them in place, so those go first. Does nothing on VMware ESX
 // hosts. Every shell command goes through CPlatformLayer. Not thread-safe.
 class DriverManager : public IBQMIPMIDriverManager {
-  public:
+public:
     // probe, not owned, must outlive the object; null means the real system.
     // unloadPauseMs is the wait before each rmmod of an IPMI driver.
-    explicit DriverManager(IBQMOSProbe* probe = nullptr, unsigned long unloadPauseMs = kIPMIDriverUnloadPauseMs);
+    explicit DriverManager(IBQMOSProbe* probe = nullptr,
+                           unsigned long unloadPauseMs = kIPMIDriverUnloadPauseMs);
     ~DriverManager() override;
     DriverManager(const DriverManager&) = delete;
     DriverManager& operator=(const DriverManager&) = delete;
@@ -42,7 +43,7 @@ class DriverManager : public IBQMIPMIDriverManager {
     bool IsDriverReady() const { return driverReady; }
     bool IsLoadAttempted() const { return loadAttempted; }
 
-  private:
+private:
     // The operating-system name code: 18 VMware ESX, 19 VMware ESXi, 0 other.
     int GetOSName();
     // The modules, outside the three drivers, that hold one of those about to be

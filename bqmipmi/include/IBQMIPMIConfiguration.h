@@ -5,7 +5,7 @@
 
 // A source of IPMI timing settings.
 class IBQMIPMIConfiguration {
-  public:
+public:
     virtual ~IBQMIPMIConfiguration() {}
     // True when the settings could be loaded.
     virtual bool Initialize() = 0;

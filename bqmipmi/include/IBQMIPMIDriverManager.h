@@ -6,7 +6,7 @@ constexpr unsigned long kIPMIDriverUnloadPauseMs = 3000;
 
 // Makes sure the kernel's IPMI drivers are loaded, and unloads again what it loaded.
 class IBQMIPMIDriverManager {
-  public:
+public:
     // 0 when the drivers are usable (or nothing is to be done), non-zero when
     // loading them failed.
     virtual int IsIPMIDriverAvailable() = 0;

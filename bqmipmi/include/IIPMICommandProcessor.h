@@ -5,7 +5,7 @@ class CBQMIPMICommandData;
 
 // Sends IPMI requests to the management controller.
 class IIPMICommandProcessor {
-  public:
+public:
     virtual ~IIPMICommandProcessor() {}
     // Sends the request and waits for its answer, retrying on transient
     // completion codes. 0 when an answer was received (its completion code is

@@ -7,7 +7,7 @@
 // real implementation talks to the kernel; tests install a fake with
 // SetForTesting. Every call reports failure as -1 with errno set.
 class IIPMIDeviceIO {
-  public:
+public:
     virtual ~IIPMIDeviceIO() {}
     // Opens path for reading and writing, close-on-exec. The descriptor or -1.
     virtual int Open(const char* path) = 0;

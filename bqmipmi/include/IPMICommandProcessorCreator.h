@@ -4,7 +4,7 @@
 class IIPMICommandProcessor;
 
 class IPMICommandProcessorCreator {
-  public:
+public:
     // A processor whose device is open, owned by the caller; null when the
     // device cannot be opened or memory is short.
     static IIPMICommandProcessor* Create();

@@ -18,7 +18,7 @@ void sleep_in_ms(unsigned long milliseconds);
 // through IIPMIDeviceIO::Current(). Owns the open descriptor; one request at a
 // time.
 class IPMIProcessor : public IIPMICommandProcessor {
-  public:
+public:
     IPMIProcessor();
     // Closes the device if it is still open.
     ~IPMIProcessor() override;
@@ -46,7 +46,7 @@ class IPMIProcessor : public IIPMICommandProcessor {
     // The open descriptor, -1 when closed.
     int GetFileDescriptor() const { return mFd; }
 
-  private:
+private:
     int mFd;
 };
 

@@ -25,7 +25,8 @@ int BQMIPMIInterfaceImpl::Initialize(const _BQMIPMIConfiguration* config) {
     InitializeBQMLogger();
     BQM_LOG(BQM_LOG_INFO, "Started Logging for BQMIPMI Library");
 
-    if (mDriverManager == nullptr) mDriverManager = new (std::nothrow) DriverManager(nullptr, mDriverUnloadPauseMs);
+    if (mDriverManager == nullptr)
+        mDriverManager = new (std::nothrow) DriverManager(nullptr, mDriverUnloadPauseMs);
     if (mDriverManager == nullptr) return BQMIPMI_STATUS_INVALID;
     int driverStatus = mDriverManager->IsIPMIDriverAvailable();
     if (driverStatus != 0) {

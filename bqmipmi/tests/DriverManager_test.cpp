@@ -64,9 +64,9 @@ TEST_F(DriverManagerTest, ReleaseUnloadsWhatWasMissingInReverseOrderThreeSeconds
 TEST_F(DriverManagerTest, ModulesThatCameWithTheRunAndHoldADriverGoFirstWithoutPause) {
     const char* const heading = "Module                  Size  Used by\n";
     const struct {
-        const char* state;       // what lsmod shows at release
-        bool devIntfWasLoaded;   // found loaded before the run
-        Texts holders;           // unloaded before the drivers, in this order
+        const char* state;      // what lsmod shows at release
+        bool devIntfWasLoaded;  // found loaded before the run
+        Texts holders;          // unloaded before the drivers, in this order
     } cases[] = {
         // acpi_ipmi arrived with the drivers and holds two of them; ipmi_watchdog
         // came the same way; an unrelated module is left alone.
@@ -82,9 +82,7 @@ TEST_F(DriverManagerTest, ModulesThatCameWithTheRunAndHoldADriverGoFirstWithoutP
         // Nothing new holds them.
         {"ipmi_si 61440 0\nipmi_msghandler 77824 2 ipmi_devintf,ipmi_si\n", false, {}},
         // ipmi_devintf was there before: its holders are not this run's doing.
-        {"ipmi_devintf 20480 1 someone_else\nipmi_msghandler 77824 1 ipmi_devintf [permanent]\n",
-         true,
-         {}},
+        {"ipmi_devintf 20480 1 someone_else\nipmi_msghandler 77824 1 ipmi_devintf [permanent]\n", true, {}},
     };
     for (const auto& c : cases) {
         FakePlatform shell;

@@ -12,7 +12,7 @@ namespace svm {
 // Requests through the project's IPMI library: initialised on the first
 // request, released with the object.
 class BqmIpmiTransport : public IBmcTransport {
-  public:
+public:
     BqmIpmiTransport();
     ~BqmIpmiTransport() override;
     BqmIpmiTransport(const BqmIpmiTransport&) = delete;
@@ -21,7 +21,7 @@ class BqmIpmiTransport : public IBmcTransport {
     bool Request(uint8_t netfn, uint8_t cmd, const std::vector<uint8_t>& data, std::vector<uint8_t>& response,
                  std::string& error) override;
 
-  private:
+private:
     std::unique_ptr<BQMIPMIInterfaceImpl> m_library;
     bool m_initialized = false;
 };

@@ -9,7 +9,7 @@ namespace svm {
 
 // Seam over the IPMI library: one request to the management controller.
 class IBmcTransport {
-  public:
+public:
     virtual ~IBmcTransport() = default;
 
     // Sends netfn/cmd with data. On success response holds the completion

@@ -15,7 +15,7 @@ struct EthtoolDrvInfo {
 
 // Seam over the SIOCETHTOOL ioctl, so tests can answer for fake interfaces.
 class IEthtool {
-  public:
+public:
     virtual ~IEthtool() = default;
 
     // Asks the driver of interface ifname. Answers 0, or the errno value of

@@ -8,7 +8,7 @@ namespace svm {
 // The real ETHTOOL_GDRVINFO request through a datagram socket, opened on first
 // use and closed with the object.
 class LinuxEthtool : public IEthtool {
-  public:
+public:
     LinuxEthtool() = default;
     ~LinuxEthtool() override;
     LinuxEthtool(const LinuxEthtool&) = delete;
@@ -16,7 +16,7 @@ class LinuxEthtool : public IEthtool {
 
     int GetDrvInfo(const std::string& ifname, EthtoolDrvInfo& info, std::string& error) override;
 
-  private:
+private:
     int m_socket = -1;
 };
 

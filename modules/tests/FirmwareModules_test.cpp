@@ -16,12 +16,16 @@ TEST(BiosInventoryTest, BiosOneMicrocodeDevicePerSocketAndTheSystemIdOrFailures)
     FakeRoot root;
     std::string xml = Collect(CollectBiosInventory, root);
     EXPECT_EQ(0u, Select(xml, "//Device").size());
-    EXPECT_THAT(Failures(xml), ElementsAre(HasSubstr("bios_version"), HasSubstr("product"), HasSubstr("/proc/cpuinfo")));
+    EXPECT_THAT(Failures(xml),
+                ElementsAre(HasSubstr("bios_version"), HasSubstr("product"), HasSubstr("/proc/cpuinfo")));
     auto sockets = ParseMicrocode("processor : 0\nmicrocode : 0xde\n\nprocessor : 1\nmicrocode : 0xde\n");
     ASSERT_EQ(1u, sockets.size());  // no physical id: one socket
     EXPECT_EQ("0 0xde", sockets[0].socket + " " + sockets[0].revision);
-    for (auto [file, value] : {std::pair{"bios_vendor", "Example Firmware Inc."}, {"bios_version", "2.17.1"},
-                               {"bios_date", "03/14/2023"}, {"product_sku", "SKU=0A1B;Model=X9"}, {"product_name", "Server X9"}})
+    for (auto [file, value] : {std::pair{"bios_vendor", "Example Firmware Inc."},
+                               {"bios_version", "2.17.1"},
+                               {"bios_date", "03/14/2023"},
+                               {"product_sku", "SKU=0A1B;Model=X9"},
+                               {"product_name", "Server X9"}})
         root.Write(std::string("/sys/class/dmi/id/") + file, std::string(value) + "\n");
     std::string cpuinfo;
     for (const char* cpu : {"0\t0x2007006", "0\t0x2007006", "1\t0x2007007"})
@@ -34,16 +38,19 @@ TEST(BiosInventoryTest, BiosOneMicrocodeDevicePerSocketAndTheSystemIdOrFailures)
     EXPECT_EQ("BIOS|2.17.1|Example Firmware Inc. BIOS (03/14/2023)",
               bios[0]["componentType"] + "|" + bios[0]["version"] + "|" + bios[0]["display"]);
     auto cpus = Select(xml, "/SVMInventory/Device[starts-with(@FQDD,'CPU.')]");
-    auto microcode = Select(xml, "/SVMInventory/Device[starts-with(@FQDD,'CPU.')]/Application[@componentType='FRMW']");
+    auto microcode =
+        Select(xml, "/SVMInventory/Device[starts-with(@FQDD,'CPU.')]/Application[@componentType='FRMW']");
     ASSERT_EQ(2u, cpus.size());
     ASSERT_EQ(2u, microcode.size());
-    EXPECT_EQ("CPU.Socket.0 Example CPU 0x2007006", cpus[0]["FQDD"] + " " + cpus[0]["display"] + " " + microcode[0]["version"]);
+    EXPECT_EQ("CPU.Socket.0 Example CPU 0x2007006",
+              cpus[0]["FQDD"] + " " + cpus[0]["display"] + " " + microcode[0]["version"]);
     EXPECT_EQ("CPU.Socket.1 0x2007007", cpus[1]["FQDD"] + " " + microcode[1]["version"]);
     EXPECT_THAT(Failures(xml), ElementsAre());
     // The system id is the SKU, else the product name, else a failure.
     EXPECT_EQ("SKU=0A1B;Model=X9", Select(xml, "/SVMInventory/System")[0]["systemID"]);
     root.Write("/sys/class/dmi/id/product_sku", "To Be Filled By O.E.M.\n");
-    EXPECT_EQ("Server X9", Select(Collect(CollectBiosInventory, root), "/SVMInventory/System")[0]["systemID"]);
+    EXPECT_EQ("Server X9",
+              Select(Collect(CollectBiosInventory, root), "/SVMInventory/System")[0]["systemID"]);
     root.Write("/sys/class/dmi/id/product_name", "System Product Name\n");
     xml = Collect(CollectBiosInventory, root);
     EXPECT_EQ(0u, Select(xml, "//System").size());
@@ -52,28 +59,31 @@ TEST(BiosInventoryTest, BiosOneMicrocodeDevicePerSocketAndTheSystemIdOrFailures)
 
 TEST(OsInventoryTest, ReadsOsReleaseThroughItsLinkOrReportsAFailure) {
     FakeRoot root;
-    EXPECT_THAT(Failures(Collect(CollectOsInventory, root)),
-                ElementsAre(::testing::AllOf(HasSubstr("/etc/os-release"), HasSubstr("/usr/lib/os-release"))));
+    EXPECT_THAT(
+        Failures(Collect(CollectOsInventory, root)),
+        ElementsAre(::testing::AllOf(HasSubstr("/etc/os-release"), HasSubstr("/usr/lib/os-release"))));
     root.Write("/etc/os-release", "garbage\n");
     std::string xml = Collect(CollectOsInventory, root);
     EXPECT_EQ(1u, Failures(xml).size());
     EXPECT_EQ(0u, Select(xml, "//OperatingSystem").size());
     std::filesystem::remove(root.path + "/etc/os-release");
-    root.Write("/usr/lib/os-release", "PRETTY_NAME=\"Example Linux 9.4 (Blue Onyx)\"\nNAME=\"Example Linux\"\n"
-                                      "VERSION_ID=\"9.4\"\nID=example\n# comment\n");
+    root.Write("/usr/lib/os-release",
+               "PRETTY_NAME=\"Example Linux 9.4 (Blue Onyx)\"\nNAME=\"Example Linux\"\n"
+               "VERSION_ID=\"9.4\"\nID=example\n# comment\n");
     root.Link("../usr/lib/os-release", "/etc/os-release");
     root.Write("/proc/sys/kernel/arch", "aarch64\n");
     auto os = Select(Collect(CollectOsInventory, root), "/SVMInventory/OperatingSystem");
     ASSERT_EQ(1u, os.size());
     EXPECT_EQ("Example Linux|example|Example Linux 9.4 (Blue Onyx)|9|4|aarch64",
-              os[0]["osVendor"] + "|" + os[0]["osCode"] + "|" + os[0]["name"] + "|" + os[0]["majorVersion"] + "|" +
-                  os[0]["minorVersion"] + "|" + os[0]["osArch"]);
+              os[0]["osVendor"] + "|" + os[0]["osCode"] + "|" + os[0]["name"] + "|" + os[0]["majorVersion"] +
+                  "|" + os[0]["minorVersion"] + "|" + os[0]["osArch"]);
     EXPECT_EQ(0u, os[0].count("buildNumber"));
 }
 
 TEST(OsReleaseParseTest, QuotesEscapesVendorAndVersionSplit) {
-    auto fields = ParseOsRelease("NAME='Single Quoted'\nVENDOR_NAME=\"Vendor \\\"Q\\\" & Co\"\nBUILD_ID=2024.1\n"
-                                 "lower=x\n=bad\nID=a\n");
+    auto fields = ParseOsRelease(
+        "NAME='Single Quoted'\nVENDOR_NAME=\"Vendor \\\"Q\\\" & Co\"\nBUILD_ID=2024.1\n"
+        "lower=x\n=bad\nID=a\n");
     EXPECT_EQ(0u, fields.count("lower"));
     OperatingSystemInfo os = MakeOperatingSystem(fields, "x86_64");
     EXPECT_EQ("Vendor \"Q\" & Co|2024.1|Single Quoted", os.osVendor + "|" + os.buildNumber + "|" + os.name);
@@ -101,7 +111,8 @@ struct FakeTransport : IBmcTransport {
 TEST(BmcInventoryTest, GetDeviceIdGivesTheFirmwareRevisionOrAFailure) {
     FakeRoot root;
     FakeTransport transport;
-    EXPECT_THAT(Failures(Collect(CollectBmcInventory, root, transport)), ElementsAre(HasSubstr("no IPMI device")));
+    EXPECT_THAT(Failures(Collect(CollectBmcInventory, root, transport)),
+                ElementsAre(HasSubstr("no IPMI device")));
     EXPECT_TRUE(transport.asked.empty());
     root.Write("/sys/firmware/dmi/entries/38-0/type", "38\n");  // an SMBIOS IPMI record is enough to ask
     transport.ok = false;
@@ -111,15 +122,21 @@ TEST(BmcInventoryTest, GetDeviceIdGivesTheFirmwareRevisionOrAFailure) {
     transport.answer = {0x00, 0x20, 0x81, 0x83, 0x30, 0x02, 0xbf, 0xa2, 0x02, 0x00, 0x00, 0x01};
     const std::string xml = Collect(CollectBmcInventory, root, transport);
     EXPECT_EQ((std::vector<int>{0x06, 0x01}), transport.asked);
-    auto apps = Select(xml, "/SVMInventory/Device[@FQDD='BMC.Embedded.1']/Application[@componentType='FRMW']");
+    auto apps =
+        Select(xml, "/SVMInventory/Device[@FQDD='BMC.Embedded.1']/Application[@componentType='FRMW']");
     ASSERT_EQ(1u, apps.size()) << xml;
     EXPECT_EQ("3.30", apps[0]["version"]);
-    const std::pair<std::vector<uint8_t>, std::string> rows[] = {
-        {{0x00, 0x20, 0x01, 0x02, 0x05}, "2.05"}, {{0x00, 0x20, 0x01, 0x7f, 0x99}, "127.99"},
-        {{0x00, 0x20, 0x01, 0x01, 0x1a}, "error"}, {{0xc1}, "error"}, {{}, "error"}, {{0x00, 0x20, 0x01, 0x02}, "error"}};
+    const std::pair<std::vector<uint8_t>, std::string> rows[] = {{{0x00, 0x20, 0x01, 0x02, 0x05}, "2.05"},
+                                                                 {{0x00, 0x20, 0x01, 0x7f, 0x99}, "127.99"},
+                                                                 {{0x00, 0x20, 0x01, 0x01, 0x1a}, "error"},
+                                                                 {{0xc1}, "error"},
+                                                                 {{}, "error"},
+                                                                 {{0x00, 0x20, 0x01, 0x02}, "error"}};
     std::string revision, error;
     for (const auto& row : rows)
-        EXPECT_EQ(row.second, DecodeFirmwareRevision(row.first, revision, error) ? revision : error.empty() ? "" : "error");
+        EXPECT_EQ(row.second, DecodeFirmwareRevision(row.first, revision, error) ? revision
+                              : error.empty()                                    ? ""
+                                                                                 : "error");
 }
 
 TEST(SvmDocumentTest, MarkupIsEscapedAndRoundTrips) {
@@ -137,8 +154,15 @@ TEST(SvmDocumentTest, MarkupIsEscapedAndRoundTrips) {
 
 TEST(TextUtilTest, CleanTextKeepsDocumentsWellFormed) {
     const std::pair<std::string, std::string> rows[] = {
-        {"  1.2.3 \n", "1.2.3"}, {"a\tb", "a\tb"}, {std::string("x\0y", 3), "x y"}, {"\xe2\x82\xac", "\xe2\x82\xac"},
-        {"\xc0\xaf", "??"}, {"\xf4\x90\x80\x80", "????"}, {"\x7f" "ab", "ab"},
+        {"  1.2.3 \n", "1.2.3"},
+        {"a\tb", "a\tb"},
+        {std::string("x\0y", 3), "x y"},
+        {"\xe2\x82\xac", "\xe2\x82\xac"},
+        {"\xc0\xaf", "??"},
+        {"\xf4\x90\x80\x80", "????"},
+        {"\x7f"
+         "ab",
+         "ab"},
         {"v1\x01\x1f\xff\xfe\xc3\xa9\xed\xa0\x80", "v1  ??\xc3\xa9???"}};
     for (const auto& row : rows) EXPECT_EQ(row.second, CleanText(row.first)) << row.first;
     uint32_t v = 0;

@@ -17,8 +17,11 @@ TEST_P(ModuleProgramTest, PrintsADocumentAndExitsWithItsStatus) {
         std::string args;
         int status;
         const char* failure;  // text of the first failure message
-    } const rows[] = {{" --root " + root.path, 1, ""}, {" --root=" + root.path, 1, ""},
-                      {" --bogus", 2, "unknown option --bogus"}, {" --root", 2, ""}, {" --help", 0, nullptr}};
+    } const rows[] = {{" --root " + root.path, 1, ""},
+                      {" --root=" + root.path, 1, ""},
+                      {" --bogus", 2, "unknown option --bogus"},
+                      {" --root", 2, ""},
+                      {" --help", 0, nullptr}};
     for (const Row& row : rows) {
         SCOPED_TRACE(row.args);
         const auto start = std::chrono::steady_clock::now();
@@ -43,6 +46,7 @@ TEST_P(ModuleProgramTest, PrintsADocumentAndExitsWithItsStatus) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Modules, ModuleProgramTest,
-                         ::testing::Values(SVM_PCIINV, SVM_NICINV, SVM_STORAGEINV, SVM_BIOSINV, SVM_OSINV, SVM_BMCINV));
+                         ::testing::Values(SVM_PCIINV, SVM_NICINV, SVM_STORAGEINV, SVM_BIOSINV, SVM_OSINV,
+                                           SVM_BMCINV));
 
 }  // namespace

@@ -23,7 +23,10 @@ struct FakeRoot {
     FakeRoot() : path(std::filesystem::temp_directory_path().string() + "/svmroot.XXXXXX") {
         if (::mkdtemp(path.data()) == nullptr) throw std::runtime_error("mkdtemp");
     }
-    ~FakeRoot() { std::error_code ignored; std::filesystem::remove_all(path, ignored); }
+    ~FakeRoot() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path, ignored);
+    }
     // Creates the file and its parent directories; a path ending in "/" is only a directory.
     void Write(const std::string& file, const std::string& content = "") {
         std::filesystem::create_directories((path + file).substr(0, (path + file).rfind('/')));
@@ -88,7 +91,8 @@ inline std::vector<Attributes> Select(const std::string& xml, const std::string&
 // The texts of the failure messages (SPStatus result="false").
 inline std::vector<std::string> Failures(const std::string& xml) {
     std::vector<std::string> texts;
-    for (auto& found : Select(xml, "/SVMInventory/SPStatus[@result='false']/Message")) texts.push_back(found["#text"]);
+    for (auto& found : Select(xml, "/SVMInventory/SPStatus[@result='false']/Message"))
+        texts.push_back(found["#text"]);
     return texts;
 }
 

@@ -18,9 +18,10 @@ namespace {
 TEST(PciInventoryTest, ListsEveryFunctionWithIdsNamesAndDrivers) {
     FakeRoot root;
     root.Write("/proc/sys/kernel/osrelease", "6.1.0-test\n");
-    root.Write("/usr/share/misc/pci.ids",
-               "# comment\n1af4  Red Hat, Inc.\n\t1041  Virtio 1.0 network device\n\t\t1af4 1100  QEMU\n"
-               "8086  Intel Corporation\n\t1572  Ethernet Controller X710\n\nC 06  Bridge\n\t00  Host bridge\n");
+    root.Write(
+        "/usr/share/misc/pci.ids",
+        "# comment\n1af4  Red Hat, Inc.\n\t1041  Virtio 1.0 network device\n\t\t1af4 1100  QEMU\n"
+        "8086  Intel Corporation\n\t1572  Ethernet Controller X710\n\nC 06  Bridge\n\t00  Host bridge\n");
     root.AddPci("0000:00:00.0", "8086 0d57 0000 0000 060000");
     root.AddPci("0000:3b:00.1", "8086 1572 1028 1f99 020000", "i40e");
     root.Write("/sys/module/i40e/version", "2.22.18\n");
@@ -46,7 +47,8 @@ TEST(PciInventoryTest, ListsEveryFunctionWithIdsNamesAndDrivers) {
         EXPECT_EQ(expected[i][2], app) << expected[i][0];
     }
     std::string ids;
-    for (const char* a : {"vendorID", "deviceID", "subVendorID", "subDeviceID", "bus", "device", "function"}) ids += devices[2][a] + " ";
+    for (const char* a : {"vendorID", "deviceID", "subVendorID", "subDeviceID", "bus", "device", "function"})
+        ids += devices[2][a] + " ";
     EXPECT_EQ("8086 1572 1028 1f99 3b 0 1 ", ids);
     EXPECT_THAT(Failures(xml), ElementsAre());
 }
@@ -65,8 +67,9 @@ TEST(PciInventoryTest, FailuresAreReportedWithMessages) {
 
 TEST(PciAddressTest, Parses) {
     const std::pair<std::string, std::string> rows[] = {
-        {"0000:3b:00.1", "0 3b 0 1"}, {"10000:ff:1f.7", "10000 ff 1f 7"}, {"3b:00.1", "0 3b 0 1"},
-        {"0000:3b:20.0", "bad"},      {"0000:3b:00.8", "bad"},           {"virtio1", "bad"},
+        {"0000:3b:00.1", "0 3b 0 1"}, {"10000:ff:1f.7", "10000 ff 1f 7"},
+        {"3b:00.1", "0 3b 0 1"},      {"0000:3b:20.0", "bad"},
+        {"0000:3b:00.8", "bad"},      {"virtio1", "bad"},
         {"0:0:0:0", "bad"},           {"", "bad"}};
     for (const auto& row : rows) {
         PciFunction fn;
@@ -123,10 +126,12 @@ TEST_F(NicInventoryTest, FirmwareGoesOnThePciFunctionOfItsBusAddressOnce) {
     ASSERT_EQ(3u, devices.size()) << xml;  // off the PCI tree: a non-PCI device
     EXPECT_EQ("14e4 16d7 4140 3b 0|NIC.0000:5e:00.0|NIC.usb-0000:00:14.0-1",
               devices[0]["vendorID"] + " " + devices[0]["deviceID"] + " " + devices[0]["subDeviceID"] + " " +
-                  devices[0]["bus"] + " " + devices[0]["function"] + "|" + devices[1]["FQDD"] + "|" + devices[2]["FQDD"]);
+                  devices[0]["bus"] + " " + devices[0]["function"] + "|" + devices[1]["FQDD"] + "|" +
+                  devices[2]["FQDD"]);
     auto apps = Select(xml, "/SVMInventory/Device/Application");
     EXPECT_EQ("FRMW 222.0.144.0/pkg 22.21.06.80", apps[0]["componentType"] + " " + apps[0]["version"]);
-    EXPECT_EQ((Strings{"eno1", "eno1d1", "eno2", "eno3", "eno4", "usb0", "usb1"}), ethtool.asked);  // never lo
+    EXPECT_EQ((Strings{"eno1", "eno1d1", "eno2", "eno3", "eno4", "usb0", "usb1"}),
+              ethtool.asked);  // never lo
     EXPECT_THAT(Failures(xml), ElementsAre());
 }
 
@@ -135,7 +140,8 @@ TEST_F(NicInventoryTest, IoctlFailuresAreReportedUnlessUnsupported) {
     ethtool.failures["eno2"] = EPERM;
     EXPECT_THAT(Failures(Collect(CollectNicInventory, root, ethtool)), ElementsAre(HasSubstr("eno2")));
     FakeRoot empty;
-    EXPECT_THAT(Failures(Collect(CollectNicInventory, empty, ethtool)), ElementsAre(HasSubstr("/sys/class/net")));
+    EXPECT_THAT(Failures(Collect(CollectNicInventory, empty, ethtool)),
+                ElementsAre(HasSubstr("/sys/class/net")));
 }
 
 class StorageInventoryTest : public ::testing::Test {
@@ -151,8 +157,10 @@ protected:
         Scsi(sata, "ATA", "SSD <Pro> & Co", "DL43", "sda");
         root.Write(sata + "/block/sda/sda1/partition", "1\n");
         root.Link("../.." + sata.substr(4) + "/block/sda/sda1", "/sys/class/block/sda1");
-        Scsi("/sys/devices/pci0000:3a/0000:3a:00.0/0000:3b:00.0/host0/port-0:0/end_device-0:0/target0:0:0/0:0:0:0",
-             "SEAGATE", "ST1200MM0099", "ST31", "sdb");
+        Scsi(
+            "/sys/devices/pci0000:3a/0000:3a:00.0/0000:3b:00.0/host0/port-0:0/end_device-0:0/target0:0:0/"
+            "0:0:0:0",
+            "SEAGATE", "ST1200MM0099", "ST31", "sdb");
         Disk("/sys/devices/pci0000:00/0000:00:02.0/virtio1/block/vda", "../../../virtio1", "vda");
     }
     // A block device at path with its device link and its class link.
@@ -194,7 +202,8 @@ TEST_F(StorageInventoryTest, UnreadableFirmwareOrMissingBlockClassIsReported) {
     EXPECT_EQ(2u, Select(xml, "//Device").size());
     EXPECT_THAT(Failures(xml), ElementsAre(HasSubstr("firmware_rev")));
     FakeRoot empty;
-    EXPECT_THAT(Failures(Collect(CollectStorageInventory, empty)), ElementsAre(HasSubstr("/sys/class/block")));
+    EXPECT_THAT(Failures(Collect(CollectStorageInventory, empty)),
+                ElementsAre(HasSubstr("/sys/class/block")));
 }
 
 TEST(DiskFqddTest, Builds) {
@@ -202,7 +211,8 @@ TEST(DiskFqddTest, Builds) {
         {"pci0000:00/0000:00:17.0/ata1/host0/target0:0:0/0:0:0:0", "Disk.0000:00:17.0.ata-1"},
         {"pci0000:00/0000:00:1c.0/0000:02:00.0/host4/target4:2:1/4:2:1:0", "Disk.0000:02:00.0.scsi-4:2:1:0"},
         {"platform/host3/target3:0:0/3:0:0:0", "Disk.scsi-3:0:0:0"},
-        {"pci0000:00/0000:00:14.0/usb2/2-1/2-1:1.0/host6/target6:0:0/6:0:0:0", "Disk.0000:00:14.0.scsi-6:0:0:0"}};
+        {"pci0000:00/0000:00:14.0/usb2/2-1/2-1:1.0/host6/target6:0:0/6:0:0:0",
+         "Disk.0000:00:14.0.scsi-6:0:0:0"}};
     for (const auto& row : rows) EXPECT_EQ(row.second, DiskFqdd(std::string("/sys/devices/") + row.first));
 }
 

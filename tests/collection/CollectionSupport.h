@@ -73,7 +73,8 @@ protected:
     void WriteConfigText(const std::string& text) const { dir.WriteFile("icconfig_new.json", text); }
     // The collector run in the base directory against the simulated management
     // controller, with its IPMISIM_* settings in environment.
-    e2e::ProcessResult Run(const Args& args, const std::map<std::string, std::string>& environment = {}) const;
+    e2e::ProcessResult Run(const Args& args,
+                           const std::map<std::string, std::string>& environment = {}) const;
 
     // Script piece appending a line to ran.log, and the lines logged so far.
     std::string Note(const std::string& line) const;

@@ -57,7 +57,8 @@ std::vector<std::string> Names(const std::string& directory) {
     std::vector<std::string> names;
     if (DIR* dir = ::opendir(directory.c_str())) {
         while (const dirent* entry = ::readdir(dir))
-            if (std::string(entry->d_name) != "." && std::string(entry->d_name) != "..") names.push_back(entry->d_name);
+            if (std::string(entry->d_name) != "." && std::string(entry->d_name) != "..")
+                names.push_back(entry->d_name);
         ::closedir(dir);
     }
     return names;
@@ -97,8 +98,9 @@ TEST_F(FaultsTest, AHostileDocumentCostsTimeAndMemoryLinearInItsSize) {
     const auto start = std::chrono::steady_clock::now();
     const e2e::ProcessResult result = Run({});
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
-    ExpectResult(result, 1,
-                 InventoryXml(DeviceBody("1")) + ErrorXml({{"/hostile", "Invalid inventory XML root element."}}));
+    ExpectResult(
+        result, 1,
+        InventoryXml(DeviceBody("1")) + ErrorXml({{"/hostile", "Invalid inventory XML root element."}}));
     EXPECT_LT(PeakChildRssBytes(), kMemoryFactor * (200L << 20));
 }
 
@@ -138,8 +140,9 @@ TEST_F(FaultsTest, AFailedWriteIsAFailureWithAMessageAndNeverATruncatedDocument)
     // More than a pipe holds, and more than the small file system below.
     std::string script = "echo '<SVMInventory>'\n";
     for (int i = 0; i < 2000; ++i)
-        script += "echo '<Device componentID=\"" + std::to_string(i) +
-                  "\" display=\"d\"><Application componentType=\"FRMW\" version=\"1\" display=\"a\"/></Device>'\n";
+        script +=
+            "echo '<Device componentID=\"" + std::to_string(i) +
+            "\" display=\"d\"><Application componentType=\"FRMW\" version=\"1\" display=\"a\"/></Device>'\n";
     script += "echo '<SPStatus result=\"false\"><Message>half done</Message></SPStatus></SVMInventory>'\n";
     Install(GenericOnly({Module{"m", script}}));
     const std::string small = dir.PathOf("small");
@@ -155,13 +158,20 @@ TEST_F(FaultsTest, AFailedWriteIsAFailureWithAMessageAndNeverATruncatedDocument)
         std::string err;  // a part of standard error
     } rows[] = {
         {"inventory to a full device", "exec \"$@\"", {"-outc=/dev/full"}, 2, noSpace},
-        {"error document to a full device", "exec \"$@\"", {"-outc=" + dir.PathOf("inv.xml"), "-logc=/dev/full"}, 2,
+        {"error document to a full device",
+         "exec \"$@\"",
+         {"-outc=" + dir.PathOf("inv.xml"), "-logc=/dev/full"},
+         2,
          noSpace},
         {"JSON to a full device", "exec \"$@\"", {"-outf=JSON", "-outc=/dev/full"}, 2, noSpace},
         {"standard output on a full device", "exec \"$@\" > /dev/full", {}, 2, noSpace},
         {"a file system that fills up", "exec \"$@\"", {"-outc=" + small + "/inv.xml"}, 2, noSpace},
         // Ended as SIGPIPE would end it, but with the lock released.
-        {"standard output closed by its reader", "(\"$@\"; echo $? >&2) | head -c 100 > /dev/null", {}, 0, "141\n"},
+        {"standard output closed by its reader",
+         "(\"$@\"; echo $? >&2) | head -c 100 > /dev/null",
+         {},
+         0,
+         "141\n"},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);

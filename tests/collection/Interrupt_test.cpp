@@ -53,8 +53,8 @@ protected:
         for (int i = 0; i < count; ++i) {
             const std::string pids = dir.PathOf("pids" + std::to_string(i));
             modules.emplace_back("m" + std::to_string(i),
-                                 "sleep 60 &\necho \"$$ $!\" > '" + pids + ".tmp'\nmv '" + pids + ".tmp' '" + pids +
-                                     "'\nwait\n" + Emit(DeviceDoc(std::to_string(i))));
+                                 "sleep 60 &\necho \"$$ $!\" > '" + pids + ".tmp'\nmv '" + pids + ".tmp' '" +
+                                     pids + "'\nwait\n" + Emit(DeviceDoc(std::to_string(i))));
         }
         Install(GenericOnly(modules));
     }
@@ -106,7 +106,8 @@ TEST_F(InterruptTest, EachSignalEndsEveryModuleGroupReleasesTheLockAndExitsAtOnc
         EXPECT_FALSE(e2e::PathExists(kLockFile));
         EXPECT_FALSE(dir.Exists("inv.xml"));
         for (pid_t pid : pids) {
-            EXPECT_TRUE(DiesWithin(pid, std::chrono::milliseconds(500))) << "module process " << pid << " survived";
+            EXPECT_TRUE(DiesWithin(pid, std::chrono::milliseconds(500)))
+                << "module process " << pid << " survived";
             if (!IsDead(pid)) ::kill(pid, SIGKILL);
         }
     }

@@ -14,8 +14,8 @@ public:
 
     // The text made when a phase converts a caught std::bad_alloc:
     // what(), the shortened file, the function and the line, blank-separated, then "\n".
-    static CQVRBadAllocException FromBadAlloc(const std::exception& caught, const std::string& file, long line,
-                                              const std::string& function) {
+    static CQVRBadAllocException FromBadAlloc(const std::exception& caught, const std::string& file,
+                                              long line, const std::string& function) {
         return CQVRBadAllocException(std::string(caught.what()) + " " + QVRShortenSourceName(file) + " " +
                                      function + " " + std::to_string(line) + "\n");
     }

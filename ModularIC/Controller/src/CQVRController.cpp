@@ -12,10 +12,10 @@
 #include "CQVRICException.h"
 #include "CQVRICInvoker.h"
 #include "CQVRInterruptHandler.h"
-#include "IQVRGenerationSource.h"
 #include "CQVRModuleList.h"
 #include "CQVRModuleManager.h"
 #include "CSharedMemReader.h"
+#include "IQVRGenerationSource.h"
 #include "QVRArgumentList.h"
 #include "QVRDataModel.h"
 #include "QVRDataModelManager.h"
@@ -171,7 +171,8 @@ unsigned int CQVRController::CheckForProgressOption() {
             // An interrupted run must not leave its lock file behind.
             CLockManager* lockManager = m_pLockManager;
             const int handle = m_lockFileID;
-            CQVRInterruptHandler::SetCleanup([lockManager, handle] { lockManager->ReleaseProcessLock(handle); });
+            CQVRInterruptHandler::SetCleanup(
+                [lockManager, handle] { lockManager->ReleaseProcessLock(handle); });
         }
 
         if (progress) {
@@ -209,9 +210,9 @@ void CQVRController::PopulateModuleList() {
     try {
         CQVRModuleManager manager(m_pArgumentList, &m_systemGenerations, m_startDirectory);
         if (manager.PopulateModuleList(m_pModuleList) != 0) {
-            CLogger::GetInstance()->log(
-                __FILE__, __LINE__,
-                "CQVRController::PopulateModuleList() : \t\t\t\tError occurred during parsing icconfig.json file.");
+            CLogger::GetInstance()->log(__FILE__, __LINE__,
+                                        "CQVRController::PopulateModuleList() : \t\t\t\tError occurred "
+                                        "during parsing icconfig.json file.");
             throw CQVRICException(__FILE__, __LINE__, "PopulateModuleList",
                                   "Error occurred during parsing icconfig.json file", "CQVRICException");
         }
@@ -230,9 +231,10 @@ void CQVRController::InitDataModel() {
         }
         m_pDataModelManager = QVRDataModelManager::GetInstance();
         if (m_pDataModelManager == nullptr) {
-            CLogger::GetInstance()->log(__FILE__, __LINE__,
-                                        "CQVRController::InitDataModel() : \t\t\t\tUnable to create memory for "
-                                        "QVRDataModelManager Object.");
+            CLogger::GetInstance()->log(
+                __FILE__, __LINE__,
+                "CQVRController::InitDataModel() : \t\t\t\tUnable to create memory for "
+                "QVRDataModelManager Object.");
             throw CQVRBadAllocException("Unable to create memory for QVRDataModelManager Object.");
         }
         m_pDataModelManager->Initialize(m_pDataModel, m_pArgumentList);
@@ -264,10 +266,10 @@ unsigned int CQVRController::WriteOutput() {
             if (!outputter->Write(m_pArgumentList, m_pDataModel)) {
                 const int error = errno;
                 if (error == EPIPE) return QVR_RESULT_OUTPUT_CLOSED;
-                throw CQVRICException(__FILE__, __LINE__, "WriteOutput",
-                                      std::string("Unable to write the inventory: ") +
-                                          std::strerror(error != 0 ? error : EIO),
-                                      "CQVRICException");
+                throw CQVRICException(
+                    __FILE__, __LINE__, "WriteOutput",
+                    std::string("Unable to write the inventory: ") + std::strerror(error != 0 ? error : EIO),
+                    "CQVRICException");
             }
         }
         // A run that collected device records deliberately ends with result 1.
@@ -292,7 +294,7 @@ unsigned int CQVRController::WriteICProgress() {
             throw CQVRBadAllocException("Unable to create memory for \t\t\tQVROutputterManager Object.");
         }
         return outputter->WriteProgress(m_pArgumentList, total, completed) ? QVR_RESULT_PROGRESS_WRITTEN
-                                                                            : QVR_RESULT_PROGRESS_FAILED;
+                                                                           : QVR_RESULT_PROGRESS_FAILED;
     }
     QVR_PHASE_CATCH("WriteICProgress")
 }

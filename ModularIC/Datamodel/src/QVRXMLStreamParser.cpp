@@ -21,7 +21,8 @@ namespace {
 class ExpansionBudget {
 public:
     explicit ExpansionBudget(std::size_t inputSize)
-        : m_left(inputSize * QVRXMLStreamParser::kMaxExpansionFactor + QVRXMLStreamParser::kExpansionAllowance) {}
+        : m_left(inputSize * QVRXMLStreamParser::kMaxExpansionFactor +
+                 QVRXMLStreamParser::kExpansionAllowance) {}
 
     // Charges what the entity references in the subtree's values add to them;
     // false once a value or the document goes over its limit.
@@ -79,7 +80,8 @@ private:
                 continue;
             }
             const std::string name(amp + 1, semicolon);
-            size += EntitySize(xmlGetDocEntity(doc, reinterpret_cast<const xmlChar*>(name.c_str())), doc, depth);
+            size +=
+                EntitySize(xmlGetDocEntity(doc, reinterpret_cast<const xmlChar*>(name.c_str())), doc, depth);
             text = semicolon + 1;
         }
         return size > kOver ? kOver + 1 : size;
@@ -176,9 +178,13 @@ void EndElement(void* ctx, const xmlChar* localname, const xmlChar* prefix, cons
     StreamState* state = OwnState(ctx);
     if (state == nullptr) return;
     if (state->ctxt->nodeNr == 1)
-        Guarded(state, [state] { FlushRootChildren(state, state->ctxt->nodeTab[0]); });  // a child of the root closed
+        Guarded(state, [state] {
+            FlushRootChildren(state, state->ctxt->nodeTab[0]);
+        });  // a child of the root closed
     else if (state->ctxt->nodeNr == 0)
-        Guarded(state, [state] { FlushRootChildren(state, xmlDocGetRootElement(state->ctxt->myDoc)); });  // the root closed
+        Guarded(state, [state] {
+            FlushRootChildren(state, xmlDocGetRootElement(state->ctxt->myDoc));
+        });  // the root closed
 }
 
 }  // namespace

@@ -218,7 +218,8 @@ TEST(BadModuleOutput, EntityExpansionStaysLinearInTheDocumentSize) {
     const std::string dtd = "<!DOCTYPE SVMInventory [<!ENTITY e \"" + std::string(100000, 'e') + "\">]>";
     const std::string app = "<Application componentType=\"FRMW\" display=\"a\" version=";
     const std::string hostile[] = {
-        dtd + "<SVMInventory><SPStatus result=\"false\"><Message>" + refs + "</Message></SPStatus></SVMInventory>",
+        dtd + "<SVMInventory><SPStatus result=\"false\"><Message>" + refs +
+            "</Message></SPStatus></SVMInventory>",
         dtd + "<SVMInventory><Device componentID=\"1\">" + app + "\"" + refs + "\"/></Device></SVMInventory>",
         dtd + "<SVMInventory note=\"" + refs + "\"/>",
     };

@@ -1,10 +1,10 @@
 #include "QVRXMLParser.h"
 
 #include <gtest/gtest.h>
-
-#include <new>
 #include <libxml/globals.h>
 #include <libxml/parser.h>
+
+#include <new>
 
 #include "QVRXMLErrorSilencer.h"
 #include "QVRXMLStreamParser.h"

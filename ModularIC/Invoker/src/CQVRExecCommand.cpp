@@ -145,7 +145,8 @@ void CQVRExecCommand::KillChild(const char* reason) {
     // shell; the group holds the module and everything it started.
     m_pSpawner->KillProcessGroup(m_pipe.pid);
     CLogger::GetInstance()->log(
-        __FILE__, __LINE__, "CQVRExecCommand::ReadConsoleBuffer : \t\t\t\t" + std::string(reason) + m_command);
+        __FILE__, __LINE__,
+        "CQVRExecCommand::ReadConsoleBuffer : \t\t\t\t" + std::string(reason) + m_command);
 }
 
 int CQVRExecCommand::ReapAfterEndOfOutput(long long deadline) {

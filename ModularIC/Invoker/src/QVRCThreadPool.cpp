@@ -3,7 +3,11 @@
 #include <new>
 
 QVRCThreadPool::QVRCThreadPool()
-    : m_pQueue(nullptr), m_initialized(false), m_deinitialized(false), m_threadCount(0), m_startedWorkers(0) {}
+    : m_pQueue(nullptr),
+      m_initialized(false),
+      m_deinitialized(false),
+      m_threadCount(0),
+      m_startedWorkers(0) {}
 
 QVRCThreadPool::~QVRCThreadPool() {
     if (m_initialized && !m_deinitialized) Deinitalize();

@@ -133,7 +133,8 @@ TEST_F(CQVRExecCommandTest, AWaitThatKeepsFailingBacksOffInsteadOfSpinningAndEnd
     EXPECT_TRUE(command.ReadConsoleBuffer());
     EXPECT_EQ(CQVRExecCommand::kStateFailed, command.GetState());
     ASSERT_GE(spawner.pauses.size(), 3u);
-    EXPECT_EQ((std::vector<int>{2, 3, 4}), std::vector<int>(spawner.pauses.begin(), spawner.pauses.begin() + 3));
+    EXPECT_EQ((std::vector<int>{2, 3, 4}),
+              std::vector<int>(spawner.pauses.begin(), spawner.pauses.begin() + 3));
 }
 
 TEST_F(CQVRExecCommandTest, DestroyingARunningCommandKillsAndReapsItWithoutReading) {

@@ -70,7 +70,8 @@ struct FailingInvoker : CQVRICInvoker {
     IQVRModuleInvoker* NewOnlyProcessInvoker(const std::vector<CQVRModuleDetail*>& m) override {
         return fail ? nullptr : CQVRICInvoker::NewOnlyProcessInvoker(m);
     }
-    IQVRModuleInvoker* NewOutputInvoker(const std::vector<CQVRModuleDetail*>& m, unsigned long n, bool raised) override {
+    IQVRModuleInvoker* NewOutputInvoker(const std::vector<CQVRModuleDetail*>& m, unsigned long n,
+                                        bool raised) override {
         return fail ? nullptr : CQVRICInvoker::NewOutputInvoker(m, n, raised);
     }
 };
@@ -103,8 +104,9 @@ TEST_F(CQVRICInvokerTest, FailedAllocationsThrowTheirMessages) {
 class CQVRICInvokerPhaseTest : public CQVRICInvokerTest {
 protected:
     CQVRModuleDetail* Script(const std::string& name, double sleepSeconds) {
-        invoker_test::WriteScript(dir.Sub(name), "mod.sh", "echo start-" + name + " >> ../log\nsleep " +
-                                  std::to_string(sleepSeconds) + "\necho end-" + name + " >> ../log\necho " + name + "\n");
+        invoker_test::WriteScript(dir.Sub(name), "mod.sh",
+                                  "echo start-" + name + " >> ../log\nsleep " + std::to_string(sleepSeconds) +
+                                      "\necho end-" + name + " >> ../log\necho " + name + "\n");
         CQVRModuleDetail* detail = Detail(name);
         detail->workingDir = dir.Sub(name);
         detail->commandLine = "mod.sh";

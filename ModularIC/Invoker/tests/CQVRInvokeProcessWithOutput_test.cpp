@@ -36,11 +36,13 @@ TEST_F(CQVRInvokeProcessWithOutputTest, CliModulesReportOutputLibraryModulesNoth
     EXPECT_TRUE(invoker.Process());
     EXPECT_TRUE(invoker.EndProcess());
     EXPECT_TRUE(invoker.EndProcess());
-    EXPECT_EQ((Writes{{"a", "<SVMInventory>a</SVMInventory>\n"}, {"b", "b\n"}, {"nocommand", ""}}), manager.Writes());
+    EXPECT_EQ((Writes{{"a", "<SVMInventory>a</SVMInventory>\n"}, {"b", "b\n"}, {"nocommand", ""}}),
+              manager.Writes());
 }
 
 TEST_F(CQVRInvokeProcessWithOutputTest, UnknownTypeStopsTheOnlyWorkerAndLaterModulesNeverRun) {
-    std::vector<CQVRModuleDetail*> modules{Module("first", "cli", "echo 1\n"), Module("odd", "exe", "echo 2\n"),
+    std::vector<CQVRModuleDetail*> modules{Module("first", "cli", "echo 1\n"),
+                                           Module("odd", "exe", "echo 2\n"),
                                            Module("never", "cli", "touch ran.marker\n")};
     CQVRInvokeProcessWithOutput invoker(&manager, modules, 1, false, 10);
     EXPECT_TRUE(invoker.Process());

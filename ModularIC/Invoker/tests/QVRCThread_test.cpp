@@ -12,7 +12,9 @@ namespace {
 
 // A thread whose initialisation and body are given by the test.
 struct LambdaThread : QVRCThread {
-    LambdaThread(std::function<int()> body, std::function<void()> init = [] {}) : body(body), init(init) {}
+    LambdaThread(
+        std::function<int()> body, std::function<void()> init = [] {})
+        : body(body), init(init) {}
     int Run() override { return body(); }
     void ThreadInitialize() override { init(); }
     void ThreadUnInitialize() override { uninitialized = true; }

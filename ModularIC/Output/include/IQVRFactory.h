@@ -32,10 +32,10 @@ public:
 protected:
     void ReleaseCollaborators();
 
-    QVRDataModel* m_pDataModel;        // not owned
-    QVRArgumentList* m_pArgumentList;  // not owned
-    IQVRBanners* m_pTopBanner;         // owned
-    IQVRBanners* m_pButtomBanner;      // owned, may stay null
+    QVRDataModel* m_pDataModel;         // not owned
+    QVRArgumentList* m_pArgumentList;   // not owned
+    IQVRBanners* m_pTopBanner;          // owned
+    IQVRBanners* m_pButtomBanner;       // owned, may stay null
     IQVROuputContent* m_pOuputContent;  // owned
     IQVROutputStream* m_pOutputStream;  // owned
 };

@@ -11,11 +11,13 @@ QVRJSONFactory::QVRJSONFactory(QVRDataModel* dataModel, QVRArgumentList* argumen
 
 // The stream is always built first (Initalize) and always of this format.
 IQVRBanners* QVRJSONFactory::InitTopBanner(QVR_E_MARGINS margin) const {
-    return new (std::nothrow) QVRJSONBanners(margin, static_cast<QVRJSONOutputStream*>(m_pOutputStream), m_pDataModel);
+    return new (std::nothrow)
+        QVRJSONBanners(margin, static_cast<QVRJSONOutputStream*>(m_pOutputStream), m_pDataModel);
 }
 
 IQVROuputContent* QVRJSONFactory::InitOuputContent() const {
-    return new (std::nothrow) QVRJSONOuputContent(m_pDataModel, static_cast<QVRJSONOutputStream*>(m_pOutputStream));
+    return new (std::nothrow)
+        QVRJSONOuputContent(m_pDataModel, static_cast<QVRJSONOutputStream*>(m_pOutputStream));
 }
 
 IQVROutputStream* QVRJSONFactory::InitOutputStream() const {

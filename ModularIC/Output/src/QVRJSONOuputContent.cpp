@@ -29,7 +29,8 @@ bool QVRJSONOuputContent::Write() {
 }
 
 bool QVRJSONOuputContent::WriteOperatingSystemInfo(cJSON* object) {
-    if (object == nullptr || m_pDataModel == nullptr || m_pOutputStream == nullptr || !m_pOutputStream->IsReady())
+    if (object == nullptr || m_pDataModel == nullptr || m_pOutputStream == nullptr ||
+        !m_pOutputStream->IsReady())
         return false;
     const SOSInfo* os = m_pDataModel->GetOperatingSystemInfo();
     if (os == nullptr) return false;
@@ -47,7 +48,8 @@ bool QVRJSONOuputContent::WriteOperatingSystemInfo(cJSON* object) {
 }
 
 bool QVRJSONOuputContent::WriteSystemInfo(cJSON* object) {
-    if (object == nullptr || m_pDataModel == nullptr || m_pOutputStream == nullptr || !m_pOutputStream->IsReady())
+    if (object == nullptr || m_pDataModel == nullptr || m_pOutputStream == nullptr ||
+        !m_pOutputStream->IsReady())
         return false;
     const QVRCSystemInfo* systemInfo = m_pDataModel->GetSystemInfo();
     if (systemInfo == nullptr) return false;
@@ -55,7 +57,8 @@ bool QVRJSONOuputContent::WriteSystemInfo(cJSON* object) {
 }
 
 bool QVRJSONOuputContent::WriteDeviceInfo(cJSON* parent) {
-    if (parent == nullptr || m_pDataModel == nullptr || m_pOutputStream == nullptr || !m_pOutputStream->IsReady())
+    if (parent == nullptr || m_pDataModel == nullptr || m_pOutputStream == nullptr ||
+        !m_pOutputStream->IsReady())
         return false;
     cJSON* array = m_pOutputStream->GetWriter()->CreateArray(parent, "UpdateableComponent");
     if (array == nullptr) return false;

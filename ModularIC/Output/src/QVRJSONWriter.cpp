@@ -1,12 +1,11 @@
 #include "QVRJSONWriter.h"
 
 #include <cerrno>
-
-#include "QVROutputFile.h"
-
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
+
+#include "QVROutputFile.h"
 
 QVRJSONWriter::QVRJSONWriter() : m_root(nullptr) {}
 
@@ -110,7 +109,8 @@ bool QVRJSONWriter::Write(const std::string& path) const {
     } else {
         const std::string text = std::string(printed != nullptr ? printed : "") + "\n";
         QVROutputFile file(path);
-        written = file.Open() && file.WriteAll(text.data(), text.size()) && printed != nullptr && file.Commit();
+        written =
+            file.Open() && file.WriteAll(text.data(), text.size()) && printed != nullptr && file.Commit();
     }
     if (printed != nullptr) {
         const int saved = errno;

@@ -24,7 +24,8 @@ QVROutputterManager* QVROutputterManager::GetInstance() {
     return m_pOutputterManager;
 }
 
-bool QVROutputterManager::InitFactory(std::string format, QVRDataModel* dataModel, QVRArgumentList* arguments) {
+bool QVROutputterManager::InitFactory(std::string format, QVRDataModel* dataModel,
+                                      QVRArgumentList* arguments) {
     std::transform(format.begin(), format.end(), format.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     if (format == "xml" || format == "json") {
@@ -41,8 +42,9 @@ bool QVROutputterManager::InitFactory(std::string format, QVRDataModel* dataMode
 bool QVROutputterManager::Write(QVRArgumentList* arguments, QVRDataModel* dataModel) {
     if (arguments == nullptr || dataModel == nullptr) return false;
     if (m_pFactory == nullptr) {
-        std::string format = arguments->HasOption(QVR_OPT_OUTPUTFORMAT) ? arguments->GetFirstValue(QVR_OPT_OUTPUTFORMAT)
-                                                                        : std::string("xml");
+        std::string format = arguments->HasOption(QVR_OPT_OUTPUTFORMAT)
+                                 ? arguments->GetFirstValue(QVR_OPT_OUTPUTFORMAT)
+                                 : std::string("xml");
         if (!InitFactory(format, dataModel, arguments)) return false;
     }
     return m_pFactory->Write();

@@ -11,11 +11,13 @@ QVRXMLFactory::QVRXMLFactory(QVRDataModel* dataModel, QVRArgumentList* arguments
 
 // The stream is always built first (Initalize) and always of this format.
 IQVRBanners* QVRXMLFactory::InitTopBanner(QVR_E_MARGINS margin) const {
-    return new (std::nothrow) QVRXMLBanners(margin, static_cast<QVRXMLOutputStream*>(m_pOutputStream), m_pDataModel);
+    return new (std::nothrow)
+        QVRXMLBanners(margin, static_cast<QVRXMLOutputStream*>(m_pOutputStream), m_pDataModel);
 }
 
 IQVROuputContent* QVRXMLFactory::InitOuputContent() const {
-    return new (std::nothrow) QVRXMLOuputContent(m_pDataModel, static_cast<QVRXMLOutputStream*>(m_pOutputStream));
+    return new (std::nothrow)
+        QVRXMLOuputContent(m_pDataModel, static_cast<QVRXMLOutputStream*>(m_pOutputStream));
 }
 
 IQVROutputStream* QVRXMLFactory::InitOutputStream() const {

@@ -20,7 +20,8 @@ QVRXMLOuputContent::QVRXMLOuputContent(QVRDataModel* dataModel, QVRXMLOutputStre
     : IQVROuputContent(dataModel), m_pOutputStream(stream) {}
 
 bool QVRXMLOuputContent::Write() {
-    if (m_pDataModel == nullptr || m_pOutputStream == nullptr || m_pOutputStream->GetDocumentWriter() == nullptr ||
+    if (m_pDataModel == nullptr || m_pOutputStream == nullptr ||
+        m_pOutputStream->GetDocumentWriter() == nullptr ||
         m_pOutputStream->GetDocumentWriter()->GetRootNode() == nullptr)
         return false;
     WriteOperatingSystemInfo();
@@ -47,8 +48,10 @@ bool QVRXMLOuputContent::WriteOperatingSystemInfo() {
     doc->AddNodePropertyWithValue(node, "osArch", os->osArch);
     doc->AddNodePropertyWithValue(node, "majorVersion", os->majorVersion);
     doc->AddNodePropertyWithValue(node, "minorVersion", os->minorVersion);
-    if (!os->spMajorVersion.empty()) doc->AddNodePropertyWithValue(node, "spMajorVersion", os->spMajorVersion);
-    if (!os->spMinorVersion.empty()) doc->AddNodePropertyWithValue(node, "spMinorVersion", os->spMinorVersion);
+    if (!os->spMajorVersion.empty())
+        doc->AddNodePropertyWithValue(node, "spMajorVersion", os->spMajorVersion);
+    if (!os->spMinorVersion.empty())
+        doc->AddNodePropertyWithValue(node, "spMinorVersion", os->spMinorVersion);
     if (!os->buildNumber.empty()) doc->AddNodePropertyWithValue(node, "buildNumber", os->buildNumber);
     return node != nullptr;
 }
@@ -117,7 +120,8 @@ bool QVRXMLOuputContent::WriteErrorDeviceInfo() {
         errors->AddNodePropertyWithValue(status, "module", record->getDisplay());
         errors->AddNodePropertyWithValue(status, "result", "false");
         const std::string& message = record->getErrorMsg();
-        errors->AddNewChildNodeText(status, "Message", message.empty() ? std::string("Empty inventory results.") : message);
+        errors->AddNewChildNodeText(status, "Message",
+                                    message.empty() ? std::string("Empty inventory results.") : message);
         any = true;
     }
     if (any) m_pOutputStream->SetErrorDocumentPresent(true);

@@ -1,12 +1,11 @@
 #include "QVRXMLOutputStream.h"
 
+#include <cerrno>
 #include <new>
 
 #include "QVRArgumentList.h"
 #include "QVROptionKeys.h"
 #include "QVRXMLWriter.h"
-
-#include <cerrno>
 
 QVRXMLOutputStream::QVRXMLOutputStream(QVRArgumentList* arguments)
     : m_pDocWriter(new (std::nothrow) QVRXMLWriter()),
@@ -38,7 +37,8 @@ bool QVRXMLOutputStream::Write() {
     // Both documents are attempted; the first failure's errno is kept.
     bool written = true;
     int error = 0;
-    if (m_pDocWriter != nullptr && !m_pDocWriter->Write(m_outputFilePath, ChooseEncoding(m_outputFilePath, m_encoding))) {
+    if (m_pDocWriter != nullptr &&
+        !m_pDocWriter->Write(m_outputFilePath, ChooseEncoding(m_outputFilePath, m_encoding))) {
         written = false;
         error = errno;
     }

@@ -1,11 +1,11 @@
 #include "QVRXMLWriter.h"
 
+#include <libxml/xmlsave.h>
+
 #include <cerrno>
 
 #include "QVROutputFile.h"
 #include "QVRXMLErrorSilencer.h"
-
-#include <libxml/xmlsave.h>
 
 namespace {
 const xmlChar* X(const char* text) { return reinterpret_cast<const xmlChar*>(text); }
@@ -49,7 +49,8 @@ xmlAttrPtr QVRXMLWriter::AddNodePropertyWithValue(xmlNodePtr node, const char* n
     return xmlNewProp(node, X(name), value != nullptr ? X(value) : nullptr);
 }
 
-xmlAttrPtr QVRXMLWriter::AddNodePropertyWithValue(xmlNodePtr node, const char* name, const std::string& value) {
+xmlAttrPtr QVRXMLWriter::AddNodePropertyWithValue(xmlNodePtr node, const char* name,
+                                                  const std::string& value) {
     return AddNodePropertyWithValue(node, name, value.c_str());
 }
 
@@ -69,7 +70,8 @@ xmlNodePtr QVRXMLWriter::AddNewChildNodeText(xmlNodePtr parent, const char* name
     return xmlNewTextChild(parent, nullptr, X(name), text != nullptr ? X(text) : nullptr);
 }
 
-xmlNodePtr QVRXMLWriter::AddNewChildNodeText(xmlNodePtr parent, const std::string& name, const std::string& text) {
+xmlNodePtr QVRXMLWriter::AddNewChildNodeText(xmlNodePtr parent, const std::string& name,
+                                             const std::string& text) {
     return AddNewChildNodeText(parent, name.c_str(), text.c_str());
 }
 

@@ -129,7 +129,7 @@ public:
     }
 
     std::vector<std::pair<std::string, int>> statuses;
-    int defaultStatus = 0;                      // for commands matching no key
+    int defaultStatus = 0;    // for commands matching no key
     std::string complaint;    // written to stderr by every command not discarding it, as a shell would
     std::string lsmodOutput;  // what "lsmod" prints
     int lsmodStatus = 0;

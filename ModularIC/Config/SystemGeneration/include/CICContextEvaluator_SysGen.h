@@ -27,7 +27,7 @@ enum sysGeneration {
 // all of them when the controller cannot be asked. Each detection opens and
 // releases the IPMI library. One per process; not thread-safe.
 class CICContextEvaluator_SysGen {
-  public:
+public:
     // The singleton, created on first use; null when memory is short.
     static CICContextEvaluator_SysGen* GetContextEvaluatorInstance();
     static void DeleteContextEvaluatorInstance();
@@ -58,7 +58,7 @@ class CICContextEvaluator_SysGen {
     // The rule on the generation byte alone.
     static int GenerationFromByte(unsigned char generationByte);
 
-  private:
+private:
     CICContextEvaluator_SysGen();
     ~CICContextEvaluator_SysGen();
     CICContextEvaluator_SysGen(const CICContextEvaluator_SysGen&) = delete;

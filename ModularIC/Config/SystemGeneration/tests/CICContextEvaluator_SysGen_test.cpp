@@ -39,7 +39,7 @@ TEST(CICContextEvaluatorSysGenRuleTest, GenerationByteRangesAreTestedInOrder) {
 
 // Detections through the whole IPMI library, with the controller and the shell faked.
 class CICContextEvaluatorSysGenTest : public ::testing::Test {
-  protected:
+protected:
     void SetUp() override {
         ASSERT_TRUE(directory.Ok());
         BQMIPMISession::SetConfigurationFileName(BQMString("BQMIPMIConfig.xml"));

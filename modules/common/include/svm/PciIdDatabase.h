@@ -14,7 +14,7 @@ namespace svm {
 // Names from the PCI id database ("pci.ids") for a known set of ids. Only the
 // vendor, device and class lines asked for are kept; the file is scanned once.
 class PciIdDatabase {
-  public:
+public:
     // Registers the ids a later Load must resolve.
     void Want(uint16_t vendor, uint16_t device, uint32_t classCode);
 
@@ -40,7 +40,7 @@ class PciIdDatabase {
     // "PCI device vvvv:dddd".
     std::string DisplayName(uint16_t vendor, uint16_t device, uint32_t classCode) const;
 
-  private:
+private:
     void Scan(const char* data, size_t size);
 
     std::set<uint16_t> m_wantVendors;

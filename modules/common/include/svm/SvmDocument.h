@@ -58,7 +58,7 @@ struct OperatingSystemInfo {
 // tree so that every value is escaped on output. Every text passed in is
 // first made valid XML 1.0 by CleanText. Not thread-safe; not copyable.
 class SvmDocument {
-  public:
+public:
     // Opaque handle of a "Device" element, valid while the document lives.
     using DeviceRef = _xmlNode*;
 
@@ -85,7 +85,7 @@ class SvmDocument {
     // Writes ToString() to the stream and flushes it; false on a write error.
     bool Write(std::FILE* out) const;
 
-  private:
+private:
     _xmlDoc* m_doc;
     _xmlNode* m_root;
     int m_devices = 0;

@@ -9,7 +9,7 @@ namespace svm {
 // Read-only access to the files of a root directory ("/" on a live system,
 // a fake tree in tests). Every path given is absolute within that root.
 class Sysfs {
-  public:
+public:
     explicit Sysfs(std::string root);
 
     const std::string& Root() const { return m_root; }
@@ -41,7 +41,7 @@ class Sysfs {
     // relative to the root); empty when it cannot be resolved.
     std::string RealPath(const std::string& path) const;
 
-  private:
+private:
     std::string m_root;
 };
 
