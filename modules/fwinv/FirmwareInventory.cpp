@@ -1,0 +1,205 @@
+#include "FirmwareInventory.h"
+
+#include <string>
+#include <vector>
+
+#include "svm/PciIdDatabase.h"
+#include "svm/TextUtil.h"
+
+namespace svm {
+namespace {
+
+const char kPrefix[] = "Firmware inventory: ";
+
+// Firmware found on a PCI function, reported on that function's device.
+struct PciFirmware {
+    PciFunction pci;
+    std::string version;
+    std::string display;  // of the application; empty: the device's name
+};
+
+// The PCI function a sysfs device directory belongs to: the nearest PCI
+// address among the components of its resolved path.
+bool PciFunctionOf(const Sysfs& fs, const std::string& path, PciFunction& fn) {
+    const std::vector<std::string> parts = Split(fs.RealPath(path), '/');
+    for (auto part = parts.rbegin(); part != parts.rend(); ++part)
+        if (ParsePciAddress(*part, fn)) return true;
+    return false;
+}
+
+// Lists a class directory; an absent one means no such hardware.
+bool ListIfPresent(const Sysfs& fs, const std::string& dir, std::vector<std::string>& names, SvmDocument& doc) {
+    if (!fs.IsDirectory(dir)) return false;
+    std::string error;
+    if (fs.ListDir(dir, names, error)) return true;
+    doc.AddFailure(kPrefix + error);
+    return false;
+}
+
+// Reads a one-line attribute that must be there; a failure is reported.
+bool ReadRequired(const Sysfs& fs, const std::string& path, std::string& value, SvmDocument& doc) {
+    std::string error;
+    if (fs.ReadLine(path, value, error)) {
+        value = CleanText(value);
+        return true;
+    }
+    doc.AddFailure(kPrefix + error);
+    return false;
+}
+
+void CollectEsrt(const Sysfs& fs, SvmDocument& doc) {
+    const std::string dir = "/sys/firmware/efi/esrt/entries";
+    std::vector<std::string> entries;
+    if (!ListIfPresent(fs, dir, entries, doc)) return;
+    for (const std::string& entry : entries) {
+        const std::string base = dir + "/" + entry;
+        std::string fwClass, version, type;
+        if (!ReadRequired(fs, base + "/fw_class", fwClass, doc) ||
+            !ReadRequired(fs, base + "/fw_version", version, doc) || !ReadRequired(fs, base + "/fw_type", type, doc))
+            continue;
+        // fw_type: 1 system firmware, 2 device firmware, 3 UEFI driver, 0 unknown.
+        const char* const kinds[] = {"Firmware", "System firmware", "Device firmware", "UEFI driver"};
+        const unsigned kind = type.size() == 1 && type[0] >= '0' && type[0] <= '3' ? type[0] - '0' : 0;
+        NonPciDeviceInfo info;
+        info.display = std::string(kinds[kind]) + " " + ToLower(fwClass);
+        info.componentID = ToLower(fwClass);
+        info.fqdd = "ESRT." + ToLower(fwClass);
+        const std::string lowest = CleanText(fs.ReadLineOr(base + "/lowest_supported_fw_version"));
+        doc.AddApplication(doc.AddNonPciDevice(info),
+                           {"FRMW", version, std::string(kinds[kind]) + (lowest.empty() ? "" : " (lowest supported " + lowest + ")")});
+    }
+}
+
+void CollectInfiniband(const Sysfs& fs, SvmDocument& doc, std::vector<PciFirmware>& found) {
+    const std::string dir = "/sys/class/infiniband";
+    std::vector<std::string> names;
+    if (!ListIfPresent(fs, dir, names, doc)) return;
+    for (const std::string& name : names) {
+        PciFirmware fw;
+        if (!ReadRequired(fs, dir + "/" + name + "/fw_ver", fw.version, doc)) continue;
+        if (!PciFunctionOf(fs, dir + "/" + name + "/device", fw.pci)) continue;
+        fw.display = "RDMA adapter " + name;
+        found.push_back(fw);
+    }
+}
+
+void CollectGpus(const Sysfs& fs, SvmDocument& doc, std::vector<PciFirmware>& found) {
+    std::vector<std::string> cards;
+    if (ListIfPresent(fs, "/sys/class/drm", cards, doc)) {
+        for (const std::string& card : cards) {
+            // Only the cards themselves ("card0"), not their connectors ("card0-DP-1").
+            if (card.compare(0, 4, "card") != 0 || card.find('-') != std::string::npos) continue;
+            const std::string attr = "/sys/class/drm/" + card + "/device/vbios_version";
+            if (!fs.Exists(attr)) continue;  // a driver that does not publish it
+            PciFirmware fw;
+            if (!ReadRequired(fs, attr, fw.version, doc) ||
+                !PciFunctionOf(fs, "/sys/class/drm/" + card + "/device", fw.pci))
+                continue;
+            fw.display = "Video BIOS";
+            found.push_back(fw);
+        }
+    }
+    // The proprietary driver publishes its GPUs under /proc instead.
+    const std::string dir = "/proc/driver/nvidia/gpus";
+    std::vector<std::string> gpus;
+    if (!ListIfPresent(fs, dir, gpus, doc)) return;
+    for (const std::string& gpu : gpus) {
+        std::string text, error;
+        if (!fs.ReadFile(dir + "/" + gpu + "/information", text, error)) {
+            doc.AddFailure(kPrefix + error);
+            continue;
+        }
+        PciFirmware fw;
+        for (const std::string& line : Split(text, '\n')) {
+            const std::string::size_type colon = line.find(':');
+            if (colon == std::string::npos) continue;
+            const std::string key = Trim(line.substr(0, colon)), value = CleanText(line.substr(colon + 1));
+            if (key == "Video BIOS") fw.version = value;
+            if (key == "Bus Location") ParsePciAddress(value, fw.pci);
+        }
+        if (fw.version.empty() || fw.pci.address.empty()) ParsePciAddress(gpu, fw.pci);
+        if (fw.version.empty() || fw.pci.address.empty()) continue;
+        fw.display = "Video BIOS";
+        found.push_back(fw);
+    }
+}
+
+void CollectStorageHosts(const Sysfs& fs, SvmDocument& doc, std::vector<PciFirmware>& found) {
+    const std::string dir = "/sys/class/scsi_host";
+    std::vector<std::string> hosts;
+    if (!ListIfPresent(fs, dir, hosts, doc)) return;
+    // Each driver names its attribute its own way: mpt3sas version_fw, qla2xxx
+    // fw_version, lpfc fwrev, hpsa firmware_revision, smartpqi and aacraid
+    // firmware_version.
+    const char* const attributes[] = {"version_fw", "fw_version", "fwrev", "firmware_revision", "firmware_version"};
+    for (const std::string& host : hosts) {
+        for (const char* attribute : attributes) {
+            const std::string path = dir + "/" + host + "/" + attribute;
+            if (!fs.Exists(path)) continue;
+            PciFirmware fw;
+            if (ReadRequired(fs, path, fw.version, doc) && PciFunctionOf(fs, dir + "/" + host + "/device", fw.pci)) {
+                const std::string driver = CleanText(fs.ReadLineOr(dir + "/" + host + "/proc_name"));
+                fw.display = driver.empty() ? "Storage adapter firmware" : "Storage adapter firmware (" + driver + ")";
+                found.push_back(fw);
+            }
+            break;
+        }
+    }
+}
+
+void CollectThunderbolt(const Sysfs& fs, SvmDocument& doc) {
+    const std::string dir = "/sys/bus/thunderbolt/devices";
+    std::vector<std::string> devices;
+    if (!ListIfPresent(fs, dir, devices, doc)) return;
+    for (const std::string& name : devices) {
+        const std::string path = dir + "/" + name + "/nvm_version";
+        if (!fs.Exists(path)) continue;  // routers without NVM, domains, retimers without it
+        std::string version;
+        if (!ReadRequired(fs, path, version, doc)) continue;
+        const std::string vendor = CleanText(fs.ReadLineOr(dir + "/" + name + "/vendor_name"));
+        const std::string device = CleanText(fs.ReadLineOr(dir + "/" + name + "/device_name"));
+        NonPciDeviceInfo info;
+        info.display = Trim(vendor + " " + device);
+        if (info.display.empty()) info.display = "Thunderbolt controller " + name;
+        info.fqdd = "Thunderbolt." + name;
+        doc.AddApplication(doc.AddNonPciDevice(info), {"FRMW", version, "Thunderbolt NVM"});
+    }
+}
+
+}  // namespace
+
+void CollectFirmwareInventory(const ModuleOptions& options, SvmDocument& doc) {
+    Sysfs fs(options.root);
+    CollectEsrt(fs, doc);
+    std::vector<PciFirmware> found;
+    CollectInfiniband(fs, doc, found);
+    CollectGpus(fs, doc, found);
+    CollectStorageHosts(fs, doc, found);
+    CollectThunderbolt(fs, doc);
+
+    PciIdDatabase ids;
+    std::string error;
+    for (PciFirmware& fw : found) {
+        if (ReadPciFunction(fs, fw.pci.address, fw.pci, error))
+            ids.Want(fw.pci.vendor, fw.pci.deviceId, fw.pci.classCode);
+        else
+            doc.AddFailure(kPrefix + error);
+    }
+    if (!found.empty()) ids.Load(fs);
+    for (const PciFirmware& fw : found) {
+        if (fw.pci.vendor == 0) continue;  // its ids could not be read: reported above
+        PciDeviceInfo info;
+        info.vendorID = FormatHex(fw.pci.vendor, 4);
+        info.deviceID = FormatHex(fw.pci.deviceId, 4);
+        info.subVendorID = FormatHex(fw.pci.subVendor, 4);
+        info.subDeviceID = FormatHex(fw.pci.subDevice, 4);
+        info.display = ids.DisplayName(fw.pci.vendor, fw.pci.deviceId, fw.pci.classCode);
+        info.enumId = fw.pci.address;
+        info.bus = fw.pci.bus;
+        info.device = fw.pci.device;
+        info.function = fw.pci.function;
+        doc.AddApplication(doc.AddPciDevice(info), {"FRMW", fw.version, fw.display.empty() ? info.display : fw.display});
+    }
+}
+
+}  // namespace svm
