@@ -28,7 +28,8 @@ bool PciFunctionOf(const Sysfs& fs, const std::string& path, PciFunction& fn) {
 }
 
 // Lists a class directory; an absent one means no such hardware.
-bool ListIfPresent(const Sysfs& fs, const std::string& dir, std::vector<std::string>& names, SvmDocument& doc) {
+bool ListIfPresent(const Sysfs& fs, const std::string& dir, std::vector<std::string>& names,
+                   SvmDocument& doc) {
     if (!fs.IsDirectory(dir)) return false;
     std::string error;
     if (fs.ListDir(dir, names, error)) return true;
@@ -55,7 +56,8 @@ void CollectEsrt(const Sysfs& fs, SvmDocument& doc) {
         const std::string base = dir + "/" + entry;
         std::string fwClass, version, type;
         if (!ReadRequired(fs, base + "/fw_class", fwClass, doc) ||
-            !ReadRequired(fs, base + "/fw_version", version, doc) || !ReadRequired(fs, base + "/fw_type", type, doc))
+            !ReadRequired(fs, base + "/fw_version", version, doc) ||
+            !ReadRequired(fs, base + "/fw_type", type, doc))
             continue;
         // fw_type: 1 system firmware, 2 device firmware, 3 UEFI driver, 0 unknown.
         const char* const kinds[] = {"Firmware", "System firmware", "Device firmware", "UEFI driver"};
@@ -65,8 +67,10 @@ void CollectEsrt(const Sysfs& fs, SvmDocument& doc) {
         info.componentID = ToLower(fwClass);
         info.fqdd = "ESRT." + ToLower(fwClass);
         const std::string lowest = CleanText(fs.ReadLineOr(base + "/lowest_supported_fw_version"));
-        doc.AddApplication(doc.AddNonPciDevice(info),
-                           {"FRMW", version, std::string(kinds[kind]) + (lowest.empty() ? "" : " (lowest supported " + lowest + ")")});
+        doc.AddApplication(
+            doc.AddNonPciDevice(info),
+            {"FRMW", version,
+             std::string(kinds[kind]) + (lowest.empty() ? "" : " (lowest supported " + lowest + ")")});
     }
 }
 
@@ -131,15 +135,18 @@ void CollectStorageHosts(const Sysfs& fs, SvmDocument& doc, std::vector<PciFirmw
     // Each driver names its attribute its own way: mpt3sas version_fw, qla2xxx
     // fw_version, lpfc fwrev, hpsa firmware_revision, smartpqi and aacraid
     // firmware_version.
-    const char* const attributes[] = {"version_fw", "fw_version", "fwrev", "firmware_revision", "firmware_version"};
+    const char* const attributes[] = {"version_fw", "fw_version", "fwrev", "firmware_revision",
+                                      "firmware_version"};
     for (const std::string& host : hosts) {
         for (const char* attribute : attributes) {
             const std::string path = dir + "/" + host + "/" + attribute;
             if (!fs.Exists(path)) continue;
             PciFirmware fw;
-            if (ReadRequired(fs, path, fw.version, doc) && PciFunctionOf(fs, dir + "/" + host + "/device", fw.pci)) {
+            if (ReadRequired(fs, path, fw.version, doc) &&
+                PciFunctionOf(fs, dir + "/" + host + "/device", fw.pci)) {
                 const std::string driver = CleanText(fs.ReadLineOr(dir + "/" + host + "/proc_name"));
-                fw.display = driver.empty() ? "Storage adapter firmware" : "Storage adapter firmware (" + driver + ")";
+                fw.display =
+                    driver.empty() ? "Storage adapter firmware" : "Storage adapter firmware (" + driver + ")";
                 found.push_back(fw);
             }
             break;
@@ -198,7 +205,8 @@ void CollectFirmwareInventory(const ModuleOptions& options, SvmDocument& doc) {
         info.bus = fw.pci.bus;
         info.device = fw.pci.device;
         info.function = fw.pci.function;
-        doc.AddApplication(doc.AddPciDevice(info), {"FRMW", fw.version, fw.display.empty() ? info.display : fw.display});
+        doc.AddApplication(doc.AddPciDevice(info),
+                           {"FRMW", fw.version, fw.display.empty() ? info.display : fw.display});
     }
 }
 

@@ -50,7 +50,8 @@ struct FirmwareSourcesTest : ::testing::Test {
         root.AddPci("0000:5e:00.0", "1000 00ab 1000 4000 010700", "mpt3sas");
         root.Write("/sys/devices/pci0000:00/0000:5e:00.0/host2/scsi_host/host2/version_fw", "24.00.00.00\n");
         root.Write("/sys/devices/pci0000:00/0000:5e:00.0/host2/scsi_host/host2/proc_name", "mpt3sas\n");
-        root.Link("../../devices/pci0000:00/0000:5e:00.0/host2/scsi_host/host2", "/sys/class/scsi_host/host2");
+        root.Link("../../devices/pci0000:00/0000:5e:00.0/host2/scsi_host/host2",
+                  "/sys/class/scsi_host/host2");
         root.Link("../../../host2", "/sys/devices/pci0000:00/0000:5e:00.0/host2/scsi_host/host2/device");
         // Thunderbolt: the host router with NVM, a domain without.
         root.Write("/sys/bus/thunderbolt/devices/0-0/nvm_version", "56.0\n");
@@ -83,8 +84,9 @@ TEST_F(FirmwareSourcesTest, EverySourceBecomesAFirmwareEntryOnItsDevice) {
         ASSERT_EQ(apps.size(), 1u) << row.device << "\n" << xml;
         EXPECT_EQ(apps[0]["version"], row.version);
     }
-    EXPECT_EQ(Select(xml, "//Device[@FQDD='ESRT.4b8a1b5a-0f6f-4e7a-8d51-e5a3a1c0f2d1']/Application")[0]["display"],
-              "System firmware (lowest supported 16843008)");
+    EXPECT_EQ(
+        Select(xml, "//Device[@FQDD='ESRT.4b8a1b5a-0f6f-4e7a-8d51-e5a3a1c0f2d1']/Application")[0]["display"],
+        "System firmware (lowest supported 16843008)");
 }
 
 TEST_F(FirmwareSourcesTest, AbsentSourcesAreSilentAndUnreadableOnesNameThePath) {
@@ -95,7 +97,9 @@ TEST_F(FirmwareSourcesTest, AbsentSourcesAreSilentAndUnreadableOnesNameThePath) 
     // A firmware attribute that cannot be read, and control bytes in a value.
     std::filesystem::remove(root.path + "/sys/devices/pci0000:00/0000:3b:00.0/infiniband/mlx5_0/fw_ver");
     root.Write("/sys/devices/pci0000:00/0000:3b:00.0/infiniband/mlx5_0/fw_ver/");
-    root.Write("/sys/bus/thunderbolt/devices/0-0/nvm_version", "56.\x01\xff" "0\n");
+    root.Write("/sys/bus/thunderbolt/devices/0-0/nvm_version",
+               "56.\x01\xff"
+               "0\n");
     const std::string xml = Collect(CollectFirmwareInventory, root);
     EXPECT_THAT(Failures(xml), ElementsAre(HasSubstr("/sys/class/infiniband/mlx5_0/fw_ver")));
     EXPECT_EQ(Select(xml, "//Device[@FQDD='Thunderbolt.0-0']/Application")[0]["version"], "56. ?0");
