@@ -195,16 +195,7 @@ void CollectFirmwareInventory(const ModuleOptions& options, SvmDocument& doc) {
     if (!found.empty()) ids.Load(fs);
     for (const PciFirmware& fw : found) {
         if (fw.pci.vendor == 0) continue;  // its ids could not be read: reported above
-        PciDeviceInfo info;
-        info.vendorID = FormatHex(fw.pci.vendor, 4);
-        info.deviceID = FormatHex(fw.pci.deviceId, 4);
-        info.subVendorID = FormatHex(fw.pci.subVendor, 4);
-        info.subDeviceID = FormatHex(fw.pci.subDevice, 4);
-        info.display = ids.DisplayName(fw.pci.vendor, fw.pci.deviceId, fw.pci.classCode);
-        info.enumId = fw.pci.address;
-        info.bus = fw.pci.bus;
-        info.device = fw.pci.device;
-        info.function = fw.pci.function;
+        const PciDeviceInfo info = DescribePciFunction(fw.pci, ids);
         doc.AddApplication(doc.AddPciDevice(info),
                            {"FRMW", fw.version, fw.display.empty() ? info.display : fw.display});
     }

@@ -72,16 +72,7 @@ void CollectNicInventory(const ModuleOptions& options, SvmDocument& doc, IEthtoo
         SvmDocument::DeviceRef device;
         std::string display;
         if (a.isPci) {
-            PciDeviceInfo info;
-            info.vendorID = FormatHex(a.pci.vendor, 4);
-            info.deviceID = FormatHex(a.pci.deviceId, 4);
-            info.subVendorID = FormatHex(a.pci.subVendor, 4);
-            info.subDeviceID = FormatHex(a.pci.subDevice, 4);
-            info.display = ids.DisplayName(a.pci.vendor, a.pci.deviceId, a.pci.classCode);
-            info.enumId = a.pci.address;
-            info.bus = a.pci.bus;
-            info.device = a.pci.device;
-            info.function = a.pci.function;
+            const PciDeviceInfo info = DescribePciFunction(a.pci, ids);
             display = info.display;
             device = doc.AddPciDevice(info);
         } else {

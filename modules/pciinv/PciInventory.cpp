@@ -69,16 +69,7 @@ void CollectPciInventory(const ModuleOptions& options, SvmDocument& doc) {
 
     const std::string kernel = KernelRelease(fs);
     for (const PciFunction& fn : functions) {
-        PciDeviceInfo info;
-        info.vendorID = FormatHex(fn.vendor, 4);
-        info.deviceID = FormatHex(fn.deviceId, 4);
-        info.subVendorID = FormatHex(fn.subVendor, 4);
-        info.subDeviceID = FormatHex(fn.subDevice, 4);
-        info.display = ids.DisplayName(fn.vendor, fn.deviceId, fn.classCode);
-        info.enumId = fn.address;
-        info.bus = fn.bus;
-        info.device = fn.device;
-        info.function = fn.function;
+        const PciDeviceInfo info = DescribePciFunction(fn, ids);
         SvmDocument::DeviceRef device = doc.AddPciDevice(info);
 
         DriverVersion driver = ReadDriverVersion(fs, fn.address, kernel);

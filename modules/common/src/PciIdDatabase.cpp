@@ -244,4 +244,18 @@ bool ReadPciFunction(const Sysfs& fs, const std::string& address, PciFunction& o
     return true;
 }
 
+PciDeviceInfo DescribePciFunction(const PciFunction& fn, const PciIdDatabase& ids) {
+    PciDeviceInfo info;
+    info.vendorID = FormatHex(fn.vendor, 4);
+    info.deviceID = FormatHex(fn.deviceId, 4);
+    info.subVendorID = FormatHex(fn.subVendor, 4);
+    info.subDeviceID = FormatHex(fn.subDevice, 4);
+    info.display = ids.DisplayName(fn.vendor, fn.deviceId, fn.classCode);
+    info.enumId = fn.address;
+    info.bus = fn.bus;
+    info.device = fn.device;
+    info.function = fn.function;
+    return info;
+}
+
 }  // namespace svm

@@ -7,6 +7,7 @@
 #include <string>
 #include <utility>
 
+#include "svm/SvmDocument.h"
 #include "svm/Sysfs.h"
 
 namespace svm {
@@ -67,6 +68,10 @@ bool ParsePciAddress(const std::string& text, PciFunction& out);
 // Reads the ids of the function at /sys/bus/pci/devices/<address>. A missing
 // subsystem id reads as 0; a missing vendor or device id is an error.
 bool ReadPciFunction(const Sysfs& fs, const std::string& address, PciFunction& out, std::string& error);
+
+// The "Device" attributes of a function: its ids, its name from the database
+// and its address.
+PciDeviceInfo DescribePciFunction(const PciFunction& fn, const PciIdDatabase& ids);
 
 }  // namespace svm
 
