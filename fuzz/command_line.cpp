@@ -24,7 +24,6 @@ public:
 };
 
 PatternFileSystem g_fileSystem;
-IQVRFileSystem* const g_previous = CFileUtils::SetFileSystemForTesting(&g_fileSystem);
 
 bool Documented(int code) {
     static const unsigned int codes[] = {QVR_RESULT_SUCCESS,
@@ -73,7 +72,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     argv.push_back(nullptr);
 
     QVRArgumentList list;
-    QVROptionArgumentValidation validation;
+    QVROptionArgumentValidation validation(g_fileSystem);
     const int result = validation.ProcessArgument(static_cast<int>(words.size()), argv.data(), &list);
     if (!Documented(result)) __builtin_trap();
     return 0;

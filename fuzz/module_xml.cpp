@@ -17,7 +17,6 @@
 namespace {
 // Progress counters go to memory, not to a System V segment per input.
 FakeShmApi g_shm;
-ScopedShmApi g_shmScope(&g_shm);
 
 const char* const kFilters[] = {nullptr, "FRMW", "BIOS,DRVR", "APAC,FRMW,BIOS,DRVR,APP"};
 }  // namespace
@@ -28,7 +27,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const char* filter = kFilters[data[0] % (sizeof kFilters / sizeof kFilters[0])];
     if (filter != nullptr) args.insertValue(QVR_OPT_COMPTYPE, filter);
     QVRDataModel model;
-    QVRDataModelManager* manager = QVRDataModelManager::GetInstance();
+    QVRDataModelManager* manager = QVRDataModelManager::GetInstance(g_shm);
     if (manager == nullptr || !manager->Initialize(&model, &args)) return 0;
 
     const std::string input(reinterpret_cast<const char*>(data) + 1, size - 1);

@@ -3,6 +3,7 @@
 
 #include "BQMString.h"
 #include "BQMTime.h"
+#include "CPlatformLayer.h"
 
 enum BQMFileTimeEnum {
     BQM_FILE_TIME_CHANGED = 0,  // last status change (Linux keeps no creation time)
@@ -35,7 +36,8 @@ enum BQMErrorCodeEnum {
 class BQMFile {
 public:
     BQMFile();
-    explicit BQMFile(const BQMString& path);
+    // platform, not owned, runs Touch's shell command.
+    explicit BQMFile(const BQMString& path, IPlatformImpl& platform = CPlatformLayer::Real());
 
     bool operator==(const BQMFile& other) const { return mPath == other.mPath; }
     bool operator!=(const BQMFile& other) const { return !(*this == other); }
@@ -98,6 +100,7 @@ private:
     BQMString mPath;
     BQMTime mTimes[BQM_FILE_TIME_COUNT];
     bool mFlags[BQM_FILE_BOOL_COUNT];
+    IPlatformImpl* mPlatform;
 };
 
 // Maps an errno value to the error code reported by file operations.

@@ -18,7 +18,11 @@ extern const std::string strEnableLogFileName;
 // itself never enables it. Thread-safe: module workers log concurrently.
 class CLogger {
 public:
+    // The process's logger; further instances are independent and start disabled.
     static CLogger* GetInstance();
+    CLogger();
+    CLogger(const CLogger&) = delete;
+    CLogger& operator=(const CLogger&) = delete;
 
     // Opens the file (truncating) on the first call. Returns the enabled flag as
     // it was before the call.
@@ -31,13 +35,7 @@ public:
     // Logs the stream's text and empties the stream (untouched while disabled).
     void log(const char* file, unsigned int line, std::ostringstream& message);
 
-    // Deletes the instance (closing its file) so the next GetInstance starts disabled.
-    // For tests only: not thread-safe, and pointers from GetInstance dangle afterwards.
-    static void DestroyInstanceForTesting();
-
 private:
-    CLogger();
-
     static std::atomic<CLogger*> m_ptrInstance;
     std::mutex m_mutex;  // the file and its name
     std::string m_fileName;

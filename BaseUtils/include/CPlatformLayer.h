@@ -16,12 +16,9 @@ public:
     static int ReadShellOutput(const std::string& command, std::string& output);
     static void SleepMilliseconds(unsigned long milliseconds);
 
-    // Replaces the implementation; null restores the real one. Returns the
-    // previous implementation. Not thread-safe: call before threads start.
-    static IPlatformImpl* SetImplForTesting(IPlatformImpl* impl);
-
-private:
-    static IPlatformImpl& Impl();
+    // The real implementation: the default of every class that takes an
+    // IPlatformImpl, so tests can hand in a fake instead.
+    static IPlatformImpl& Real();
 };
 
 #endif

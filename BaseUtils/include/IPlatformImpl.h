@@ -4,7 +4,7 @@
 #include <string>
 
 // The operating-system calls behind CPlatformLayer. CLinuxImpl is the real one;
-// tests install a fake with CPlatformLayer::SetImplForTesting.
+// classes that use it take one in their constructor, the real one by default.
 class IPlatformImpl {
 public:
     virtual ~IPlatformImpl() = default;

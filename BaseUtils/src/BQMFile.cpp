@@ -66,9 +66,10 @@ BQMErrorCodeEnum BQMErrorCodeFromErrno(int error) {
     }
 }
 
-BQMFile::BQMFile() : mFlags() {}
+BQMFile::BQMFile() : mFlags(), mPlatform(&CPlatformLayer::Real()) {}
 
-BQMFile::BQMFile(const BQMString& path) : mPath(path), mFlags() {}
+BQMFile::BQMFile(const BQMString& path, IPlatformImpl& platform)
+    : mPath(path), mFlags(), mPlatform(&platform) {}
 
 void BQMFile::SetPath(const BQMString& path) { mPath = path; }
 
@@ -80,7 +81,7 @@ bool BQMFile::Exists() const {
 bool BQMFile::Touch() const {
     struct stat info;
     if (!StatPath(mPath, info) || S_ISDIR(info.st_mode)) return false;
-    CPlatformLayer::RunShellCommand("touch -c " + mPath.GetUTF8String());
+    mPlatform->RunShellCommand("touch -c " + mPath.GetUTF8String(), false);
     return true;
 }
 

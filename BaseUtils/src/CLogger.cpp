@@ -62,8 +62,3 @@ void CLogger::log(const char* file, unsigned int line, std::ostringstream& messa
     message.str(std::string());
     message.clear();
 }
-
-void CLogger::DestroyInstanceForTesting() {
-    std::lock_guard<std::mutex> lock(g_instanceMutex);
-    delete m_ptrInstance.exchange(nullptr);
-}

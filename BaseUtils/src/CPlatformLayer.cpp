@@ -2,29 +2,21 @@
 
 #include "CLinuxImpl.h"
 
-namespace {
-CLinuxImpl g_linuxImpl;
-IPlatformImpl* g_impl = &g_linuxImpl;
-}  // namespace
-
-IPlatformImpl& CPlatformLayer::Impl() { return *g_impl; }
-
-IPlatformImpl* CPlatformLayer::SetImplForTesting(IPlatformImpl* impl) {
-    IPlatformImpl* previous = g_impl;
-    g_impl = impl != nullptr ? impl : &g_linuxImpl;
-    return previous;
+IPlatformImpl& CPlatformLayer::Real() {
+    static CLinuxImpl real;
+    return real;
 }
 
-std::string CPlatformLayer::getCurrentDirectory() { return Impl().GetCurrentDirectory(); }
+std::string CPlatformLayer::getCurrentDirectory() { return Real().GetCurrentDirectory(); }
 
-bool CPlatformLayer::setCurrentDirectory(const std::string& dir) { return Impl().SetCurrentDirectory(dir); }
+bool CPlatformLayer::setCurrentDirectory(const std::string& dir) { return Real().SetCurrentDirectory(dir); }
 
 int CPlatformLayer::RunShellCommand(const std::string& command, bool discardStderr) {
-    return Impl().RunShellCommand(command, discardStderr);
+    return Real().RunShellCommand(command, discardStderr);
 }
 
 int CPlatformLayer::ReadShellOutput(const std::string& command, std::string& output) {
-    return Impl().ReadShellOutput(command, output);
+    return Real().ReadShellOutput(command, output);
 }
 
-void CPlatformLayer::SleepMilliseconds(unsigned long milliseconds) { Impl().SleepMilliseconds(milliseconds); }
+void CPlatformLayer::SleepMilliseconds(unsigned long milliseconds) { Real().SleepMilliseconds(milliseconds); }

@@ -17,10 +17,10 @@ TEST(BQMFileTest, TouchRunsTouchDashCOnAnExistingFileOnly) {
     const std::string path = dir.File("data file.txt");
     WriteWholeFile(path, "x");
     fake.shellStatus = 256;  // the command's status does not matter
-    EXPECT_TRUE(BQMFile(S(path)).Touch());
+    EXPECT_TRUE(BQMFile(S(path), fake).Touch());
     EXPECT_EQ(fake.commands, std::vector<std::string>{"touch -c " + path});  // unquoted
-    EXPECT_FALSE(BQMFile(S(dir.Path())).Touch());
-    EXPECT_FALSE(BQMFile(S(dir.File("missing"))).Touch() || BQMFile().Touch());
+    EXPECT_FALSE(BQMFile(S(dir.Path()), fake).Touch());
+    EXPECT_FALSE(BQMFile(S(dir.File("missing")), fake).Touch() || BQMFile().Touch());
     EXPECT_EQ(fake.commands.size(), 1u);
 }
 

@@ -30,12 +30,9 @@ private:
     std::string mPath;
 };
 
-// Records shell commands and sleeps instead of running them; installed in
-// CPlatformLayer for its lifetime.
+// Records shell commands and sleeps instead of running them.
 class FakePlatformImpl : public IPlatformImpl {
 public:
-    FakePlatformImpl() : mPrevious(CPlatformLayer::SetImplForTesting(this)) {}
-    ~FakePlatformImpl() override { CPlatformLayer::SetImplForTesting(mPrevious); }
     std::string GetCurrentDirectory() override { return "/fake"; }
     bool SetCurrentDirectory(const std::string&) override { return false; }
     int RunShellCommand(const std::string& command, bool) override {
@@ -51,9 +48,6 @@ public:
     std::vector<std::string> commands;
     std::vector<unsigned long> sleeps;
     int shellStatus = 0;
-
-private:
-    IPlatformImpl* mPrevious;
 };
 
 inline std::string ReadWholeFile(const std::string& path) {

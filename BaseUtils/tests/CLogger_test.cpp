@@ -13,12 +13,7 @@ namespace {
 
 class CLoggerTest : public ::testing::Test {
 protected:
-    static CLogger& Fresh() {
-        CLogger::DestroyInstanceForTesting();
-        return *CLogger::GetInstance();
-    }
-    void TearDown() override { CLogger::DestroyInstanceForTesting(); }
-    CLogger& logger = Fresh();
+    CLogger logger;
     ScopedTempDir dir;
     const std::string path = dir.File("debug.log");
 };

@@ -3,23 +3,14 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
-#include "BaseUtilsTestSupport.h"
-
 namespace {
 
-TEST(CPlatformLayerTest, ForwardsToTheInstalledFakeThenToTheRealShellWithItsRawWaitStatus) {
-    {
-        FakePlatformImpl fake;
-        fake.shellStatus = 7;
-        EXPECT_EQ(CPlatformLayer::RunShellCommand("anything"), 7);
-        EXPECT_FALSE(CPlatformLayer::setCurrentDirectory("/"));
-        EXPECT_EQ(CPlatformLayer::getCurrentDirectory(), "/fake");
-        CPlatformLayer::SleepMilliseconds(1500);
-        EXPECT_EQ(fake.commands, std::vector<std::string>{"anything"});
-        EXPECT_EQ(fake.sleeps, std::vector<unsigned long>{1500});
-    }
+TEST(CPlatformLayerTest, TheRealShellAnswersItsRawWaitStatus) {
     const int status = CPlatformLayer::RunShellCommand("exit 3");
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 3) << status;
+    std::string output;
+    EXPECT_EQ(CPlatformLayer::ReadShellOutput("echo out; echo err >&2", output), 0);
+    EXPECT_EQ(output, "out\n");
 }
 
 }  // namespace

@@ -49,7 +49,6 @@ std::vector<std::string> Outputs(size_t total) {
 
 void BM_ParseAndRemoveDuplicates(benchmark::State& state) {
     NullShmApi shm;
-    IQVRShmApi* previous = QVRSetShmApi(&shm);
     const size_t total = static_cast<size_t>(state.range(0));
     const std::vector<std::string> outputs = Outputs(total);
     size_t bytes = 0;
@@ -57,7 +56,7 @@ void BM_ParseAndRemoveDuplicates(benchmark::State& state) {
     size_t kept = 0;
     for (auto _ : state) {
         state.PauseTiming();
-        QVRInventoryRawDataStore store;
+        QVRInventoryRawDataStore store(shm);
         for (size_t m = 0; m < outputs.size(); ++m) {
             std::string identity = "module" + std::to_string(m);
             std::string text = outputs[m];
@@ -74,7 +73,6 @@ void BM_ParseAndRemoveDuplicates(benchmark::State& state) {
         for (CDeviceInfo* record : records) delete record;
         state.ResumeTiming();
     }
-    QVRSetShmApi(previous);
     state.counters["records_kept"] = static_cast<double>(kept);
     state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * total));
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * bytes));

@@ -4,15 +4,20 @@
 #include "BQMIPMIData.h"
 #include "BQMLoggingOptions.h"
 #include "BQMString.h"
+#include "CPlatformLayer.h"
 #include "IBQMIPMIDriverManager.h"
+#include "IIPMIDeviceIO.h"
 
 // The IPMI library's entry object: initialise, send requests, release. Loads
 // the kernel drivers when they are missing (and unloads them on Release), and
 // runs requests through the calling process's session. Not thread-safe.
 class BQMIPMIInterfaceImpl {
 public:
-    // driverUnloadPauseMs: the wait before each driver unload on release.
-    explicit BQMIPMIInterfaceImpl(unsigned long driverUnloadPauseMs = kIPMIDriverUnloadPauseMs);
+    // driverUnloadPauseMs: the wait before each driver unload on release. The
+    // platform (shell commands, pauses) and the device are borrowed.
+    explicit BQMIPMIInterfaceImpl(unsigned long driverUnloadPauseMs = kIPMIDriverUnloadPauseMs,
+                                  IPlatformImpl& platform = CPlatformLayer::Real(),
+                                  IIPMIDeviceIO& device = IIPMIDeviceIO::Real());
     // Unloads the drivers this object loaded if Release did not.
     virtual ~BQMIPMIInterfaceImpl();
     BQMIPMIInterfaceImpl(const BQMIPMIInterfaceImpl&) = delete;
@@ -41,6 +46,8 @@ private:
 
     BQMLoggingOptions mLoggerOptions;
     unsigned long mDriverUnloadPauseMs;
+    IPlatformImpl& mPlatform;
+    IIPMIDeviceIO& mDevice;
     IBQMIPMIDriverManager* mDriverManager;
     bool mReady;
 };

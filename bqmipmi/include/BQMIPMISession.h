@@ -3,6 +3,8 @@
 
 #include "BQMIPMIData.h"
 #include "BQMString.h"
+#include "CPlatformLayer.h"
+#include "IIPMIDeviceIO.h"
 
 class BQMIPMIXMLConfig;
 class CBQMIPMICommandData;
@@ -23,7 +25,9 @@ public:
     // Done once: opens the device and settles the configuration; fallback,
     // when given, replaces the application default if the file gives nothing.
     // False when the device could not be opened (a later call tries again).
-    bool Initialize(const _BQMIPMIConfiguration* fallback);
+    // The device and platform, borrowed, serve this and every later request.
+    bool Initialize(const _BQMIPMIConfiguration* fallback, IIPMIDeviceIO& device = IIPMIDeviceIO::Real(),
+                    IPlatformImpl& platform = CPlatformLayer::Real());
     // Reads "RetryCount", "PollingInterval", "PollingCount", "RetryInterval"
     // from the configuration file; a missing key leaves its field unchanged.
     // False when the file has no default settings.
@@ -47,6 +51,8 @@ private:
     static BQMIPMIXMLConfig& XMLConfig();
 
     IIPMICommandProcessor* mProcessor;
+    IIPMIDeviceIO* mDevice;
+    IPlatformImpl* mPlatform;
     bool mInitialized;
     bool mConfiguredFromFile;
     _BQMIPMIConfiguration mConfiguration;

@@ -6,6 +6,7 @@
 
 #include "BQMEnvironmentInfo.h"
 #include "BQMString.h"
+#include "CPlatformLayer.h"
 #include "IBQMIPMIDriverManager.h"
 #include "IBQMOSProbe.h"
 
@@ -14,13 +15,16 @@
 // those it found missing, three seconds apart, so the machine is left as it
 // was found. Modules the kernel loaded on top of them meanwhile (acpi_ipmi,
 // for one) hold them in place, so those go first. Does nothing on VMware ESX
-// hosts. Every shell command goes through CPlatformLayer. Not thread-safe.
+// hosts. Shell commands and pauses go through the given platform. Not
+// thread-safe.
 class DriverManager : public IBQMIPMIDriverManager {
 public:
     // probe, not owned, must outlive the object; null means the real system.
-    // unloadPauseMs is the wait before each rmmod of an IPMI driver.
+    // unloadPauseMs is the wait before each rmmod of an IPMI driver. platform
+    // is borrowed.
     explicit DriverManager(IBQMOSProbe* probe = nullptr,
-                           unsigned long unloadPauseMs = kIPMIDriverUnloadPauseMs);
+                           unsigned long unloadPauseMs = kIPMIDriverUnloadPauseMs,
+                           IPlatformImpl& platform = CPlatformLayer::Real());
     ~DriverManager() override;
     DriverManager(const DriverManager&) = delete;
     DriverManager& operator=(const DriverManager&) = delete;
@@ -58,6 +62,7 @@ private:
     bool driverReady;
     bool loadAttempted;
     unsigned long mUnloadPauseMs;
+    IPlatformImpl& mPlatform;
 };
 
 #endif

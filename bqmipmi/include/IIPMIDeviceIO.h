@@ -4,8 +4,9 @@
 #include <sys/time.h>
 
 // The operating-system calls the IPMI processor makes on the device node. The
-// real implementation talks to the kernel; tests install a fake with
-// SetForTesting. Every call reports failure as -1 with errno set.
+// real implementation talks to the kernel; the processor takes one in its
+// constructor, so tests hand in a fake. Every call reports failure as -1 with
+// errno set.
 class IIPMIDeviceIO {
 public:
     virtual ~IIPMIDeviceIO() {}
@@ -18,11 +19,8 @@ public:
     virtual int WaitReadable(int fd, struct timeval* timeout, bool* fdReady) = 0;
     virtual int Close(int fd) = 0;
 
-    // The implementation in use (the real one unless a test replaced it).
-    static IIPMIDeviceIO& Current();
-    // Replaces the implementation; null restores the real one. Returns the
-    // previous one. Not thread-safe: call before any request runs.
-    static IIPMIDeviceIO* SetForTesting(IIPMIDeviceIO* io);
+    // The kernel's device.
+    static IIPMIDeviceIO& Real();
 };
 
 #endif

@@ -1,7 +1,9 @@
 #ifndef IPMIPROCESSOR_H
 #define IPMIPROCESSOR_H
 
+#include "CPlatformLayer.h"
 #include "IIPMICommandProcessor.h"
+#include "IIPMIDeviceIO.h"
 
 class CBQMIPMICommandData;
 
@@ -9,17 +11,14 @@ class CBQMIPMICommandData;
 // incremented for every request sent. Requests are expected one at a time.
 extern long gnMsgID;
 
-// Sleeps for the given number of milliseconds (through the platform layer, so
-// tests can replace it).
-void sleep_in_ms(unsigned long milliseconds);
-
 // Talks to the management controller through the Linux IPMI device driver
-// ("/dev/ipmi0", "/dev/ipmi/0" or "/dev/ipmidev/0"). All device calls go
-// through IIPMIDeviceIO::Current(). Owns the open descriptor; one request at a
-// time.
+// ("/dev/ipmi0", "/dev/ipmi/0" or "/dev/ipmidev/0"). Device calls go through
+// the given device, pauses through the given platform (both borrowed). Owns
+// the open descriptor; one request at a time.
 class IPMIProcessor : public IIPMICommandProcessor {
 public:
-    IPMIProcessor();
+    explicit IPMIProcessor(IIPMIDeviceIO& device = IIPMIDeviceIO::Real(),
+                           IPlatformImpl& platform = CPlatformLayer::Real());
     // Closes the device if it is still open.
     ~IPMIProcessor() override;
     IPMIProcessor(const IPMIProcessor&) = delete;
@@ -48,6 +47,8 @@ public:
 
 private:
     int mFd;
+    IIPMIDeviceIO& mDevice;
+    IPlatformImpl& mPlatform;
 };
 
 #endif

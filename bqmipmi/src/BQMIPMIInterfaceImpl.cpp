@@ -9,8 +9,13 @@
 #include "DriverManager.h"
 #include "InitializeBQMLogger.h"
 
-BQMIPMIInterfaceImpl::BQMIPMIInterfaceImpl(unsigned long driverUnloadPauseMs)
-    : mDriverUnloadPauseMs(driverUnloadPauseMs), mDriverManager(nullptr), mReady(false) {}
+BQMIPMIInterfaceImpl::BQMIPMIInterfaceImpl(unsigned long driverUnloadPauseMs, IPlatformImpl& platform,
+                                           IIPMIDeviceIO& device)
+    : mDriverUnloadPauseMs(driverUnloadPauseMs),
+      mPlatform(platform),
+      mDevice(device),
+      mDriverManager(nullptr),
+      mReady(false) {}
 
 BQMIPMIInterfaceImpl::~BQMIPMIInterfaceImpl() { ReleaseDrivers(); }
 
@@ -26,7 +31,7 @@ int BQMIPMIInterfaceImpl::Initialize(const _BQMIPMIConfiguration* config) {
     BQM_LOG(BQM_LOG_INFO, "Started Logging for BQMIPMI Library");
 
     if (mDriverManager == nullptr)
-        mDriverManager = new (std::nothrow) DriverManager(nullptr, mDriverUnloadPauseMs);
+        mDriverManager = new (std::nothrow) DriverManager(nullptr, mDriverUnloadPauseMs, mPlatform);
     if (mDriverManager == nullptr) return BQMIPMI_STATUS_INVALID;
     int driverStatus = mDriverManager->IsIPMIDriverAvailable();
     if (driverStatus != 0) {
@@ -40,7 +45,7 @@ int BQMIPMIInterfaceImpl::Initialize(const _BQMIPMIConfiguration* config) {
     BQMIPMISessionHandler* handler = BQMIPMISessionHandler::GetInstance();
     if (handler != nullptr && config != nullptr) handler->SetApplicationDefaultConfiguration(*config);
     BQMIPMISession* session = handler != nullptr ? handler->GetSession() : nullptr;
-    if (session == nullptr || !session->Initialize(nullptr)) {
+    if (session == nullptr || !session->Initialize(nullptr, mDevice, mPlatform)) {
         // Callers give up on a failed Initialize: nothing loaded may stay behind.
         ReleaseDrivers();
         return BQMIPMI_STATUS_INVALID;

@@ -16,16 +16,24 @@ BQMIPMIXMLConfig& BQMIPMISession::XMLConfig() {
 
 void BQMIPMISession::SetConfigurationFileName(BQMString name) { XMLConfig().SetConfigurationFileName(name); }
 
-BQMIPMISession::BQMIPMISession() : mProcessor(nullptr), mInitialized(false), mConfiguredFromFile(false) {
+BQMIPMISession::BQMIPMISession()
+    : mProcessor(nullptr),
+      mDevice(&IIPMIDeviceIO::Real()),
+      mPlatform(&CPlatformLayer::Real()),
+      mInitialized(false),
+      mConfiguredFromFile(false) {
     std::memset(&mConfiguration, 0, sizeof(mConfiguration));
 }
 
 BQMIPMISession::~BQMIPMISession() { Release(); }
 
-bool BQMIPMISession::Initialize(const _BQMIPMIConfiguration* fallback) {
+bool BQMIPMISession::Initialize(const _BQMIPMIConfiguration* fallback, IIPMIDeviceIO& device,
+                                IPlatformImpl& platform) {
     if (mInitialized) return true;
+    mDevice = &device;
+    mPlatform = &platform;
     BQM_LOG(BQM_LOG_DEBUG, "BQMIPMISession::Initialize() Entering");
-    if (mProcessor == nullptr) mProcessor = IPMICommandProcessorCreator::Create();
+    if (mProcessor == nullptr) mProcessor = IPMICommandProcessorCreator::Create(*mDevice, *mPlatform);
 
     const _BQMIPMIConfiguration defaults =
         BQMIPMISessionHandler::GetInstance()->GetApplicationDefaultConfiguration();
@@ -74,7 +82,7 @@ bool BQMIPMISession::InitializeFromFile() {
 }
 
 int BQMIPMISession::ProcessCommand(CBQMIPMICommandData& command) {
-    if (!mInitialized && !Initialize(nullptr)) return BQMIPMI_STATUS_FAILURE;
+    if (!mInitialized && !Initialize(nullptr, *mDevice, *mPlatform)) return BQMIPMI_STATUS_FAILURE;
     _BQMIPMIConfiguration* callerConfiguration = command.GetConfigurationData();
     if (mConfiguredFromFile || callerConfiguration == nullptr) command.SetConfigurationData(&mConfiguration);
     int status = mProcessor->ExecuteCommand(command);

@@ -6,7 +6,6 @@
 
 #include "BQMLogger.h"
 #include "CPlatformLayer.h"
-#include "IPMIProcessor.h"
 
 const char* const gIPMIMsgHandlerDriver = "ipmi_msghandler";
 const char* const gIPMIDevIntfDriver = "ipmi_devintf";
@@ -53,14 +52,15 @@ std::vector<LoadedModule> ParseModuleList(const std::string& text) {
 
 }  // namespace
 
-DriverManager::DriverManager(IBQMOSProbe* probe, unsigned long unloadPauseMs)
+DriverManager::DriverManager(IBQMOSProbe* probe, unsigned long unloadPauseMs, IPlatformImpl& platform)
     : mEnvironment(probe),
       devIntfLoaded(false),
       msgHandlerLoaded(false),
       siLoaded(false),
       driverReady(false),
       loadAttempted(false),
-      mUnloadPauseMs(unloadPauseMs) {}
+      mUnloadPauseMs(unloadPauseMs),
+      mPlatform(platform) {}
 
 DriverManager::~DriverManager() {
     BQM_LOG(BQM_LOG_DEBUG, "Entering DriverManager::~DriverManager()");
@@ -77,23 +77,23 @@ int DriverManager::IsDriverAvailable(BQMString name) {
         std::string(gLsmodCommand) + gPipeSymbol + gGrepCommand + name.GetUTF8String() + gNullRedirection;
     // The redirection covers only grep: a missing lsmod would otherwise put the
     // shell's complaint on our standard error.
-    const int status = CPlatformLayer::RunShellCommand(command, true);
+    const int status = mPlatform.RunShellCommand(command, true);
     BQM_LOG(BQM_LOG_INFO, "Command %s, Exit code : %d", command.c_str(), status);
     return status;
 }
 
 int DriverManager::LoadDriver(BQMString name) {
     std::string command = std::string(gModprobeCommand) + name.GetUTF8String() + gNullRedirection;
-    int status = CPlatformLayer::RunShellCommand(command);
+    int status = mPlatform.RunShellCommand(command, false);
     BQM_LOG(BQM_LOG_INFO, "Command : %s, exit code : %d", command.c_str(), status);
     return status;
 }
 
 int DriverManager::ReleaseDriver(BQMString name) {
     // The pause lets the kernel finish with the device before its module goes.
-    sleep_in_ms(mUnloadPauseMs);
+    mPlatform.SleepMilliseconds(mUnloadPauseMs);
     std::string command = std::string(gRmmodCommand) + name.GetUTF8String() + gNullRedirection;
-    int status = CPlatformLayer::RunShellCommand(command);
+    int status = mPlatform.RunShellCommand(command, false);
     BQM_LOG(BQM_LOG_INFO, "Command : %s, exit code : %d", command.c_str(), status);
     return status;
 }
@@ -161,7 +161,7 @@ int DriverManager::ReleaseIPMIDriver() {
     if (loadAttempted && GetOSName() != kOSNameESXi) {
         for (const std::string& holder : HoldersToUnload()) {
             const std::string command = std::string(gRmmodCommand) + holder + gNullRedirection;
-            const int status = CPlatformLayer::RunShellCommand(command);
+            const int status = mPlatform.RunShellCommand(command, false);
             BQM_LOG(BQM_LOG_INFO, "Command : %s, exit code : %d", command.c_str(), status);
         }
         struct {
@@ -187,7 +187,7 @@ int DriverManager::ReleaseIPMIDriver() {
 
 std::vector<std::string> DriverManager::HoldersToUnload() {
     std::string listing;
-    if (CPlatformLayer::ReadShellOutput("lsmod", listing) != 0) return {};
+    if (mPlatform.ReadShellOutput("lsmod", listing) != 0) return {};
     const std::vector<LoadedModule> loaded = ParseModuleList(listing);
 
     std::vector<std::string> leaving;  // the drivers to be unloaded, then the holders found

@@ -17,8 +17,6 @@
 
 long gnMsgID = 1;
 
-void sleep_in_ms(unsigned long milliseconds) { CPlatformLayer::SleepMilliseconds(milliseconds); }
-
 namespace {
 
 const char* const kDeviceNodes[] = {"/dev/ipmi0", "/dev/ipmi/0", "/dev/ipmidev/0"};
@@ -62,13 +60,14 @@ void AppendHexBytes(std::string& out, const unsigned char* bytes, unsigned int c
 
 }  // namespace
 
-IPMIProcessor::IPMIProcessor() : mFd(-1) {}
+IPMIProcessor::IPMIProcessor(IIPMIDeviceIO& device, IPlatformImpl& platform)
+    : mFd(-1), mDevice(device), mPlatform(platform) {}
 
 IPMIProcessor::~IPMIProcessor() { Release(); }
 
 int IPMIProcessor::Initialize() {
     if (mFd >= 0) return BQMIPMI_STATUS_SUCCESS;
-    IIPMIDeviceIO& io = IIPMIDeviceIO::Current();
+    IIPMIDeviceIO& io = mDevice;
     for (int pass = 0; pass < kOpenPasses && mFd < 0; ++pass) {
         for (const char* path : kDeviceNodes) {
             BQM_LOG(BQM_LOG_INFO, "Open IPMI device : %s", path);
@@ -80,7 +79,7 @@ int IPMIProcessor::Initialize() {
         }
         if (mFd < 0) {
             BQM_LOG(BQM_LOG_ERROR, "Can't Open any IPMI Device, retries left : %d\n", kOpenPasses - pass);
-            sleep_in_ms(kOpenPauseMs);
+            mPlatform.SleepMilliseconds(kOpenPauseMs);
         }
     }
     if (mFd < 0) {
@@ -94,7 +93,7 @@ int IPMIProcessor::Initialize() {
 
 void IPMIProcessor::Release() {
     if (mFd < 0) return;
-    IIPMIDeviceIO::Current().Close(mFd);
+    mDevice.Close(mFd);
     mFd = -1;
 }
 
@@ -114,7 +113,7 @@ int IPMIProcessor::Process(CBQMIPMICommandData& command) {
         return BQMIPMI_STATUS_FAILURE;
     }
 
-    IIPMIDeviceIO& io = IIPMIDeviceIO::Current();
+    IIPMIDeviceIO& io = mDevice;
 
     struct ipmi_system_interface_addr address;
     std::memset(&address, 0, sizeof(address));
@@ -150,7 +149,7 @@ int IPMIProcessor::Process(CBQMIPMICommandData& command) {
         if (waited <= 0) {
             BQM_LOG(BQM_LOG_WARN,
                     "IPMI Driver Not available for Receiving IPMI Command response for  %d time\n", attempt);
-            sleep_in_ms(retryInterval);
+            mPlatform.SleepMilliseconds(retryInterval);
             continue;
         }
         if (!ready) continue;
@@ -177,7 +176,7 @@ int IPMIProcessor::Process(CBQMIPMICommandData& command) {
                 return BQMIPMI_STATUS_FAILURE;
             }
             BQM_LOG(BQM_LOG_ERROR, "Error in ioctl IPMICTL_RECEIVE_MSG_TRUNC and last error is %d:", error);
-            sleep_in_ms(retryInterval);
+            mPlatform.SleepMilliseconds(retryInterval);
             continue;
         }
         if (received.msgid != msgId) {
@@ -211,7 +210,7 @@ int IPMIProcessor::ExecuteCommand(CBQMIPMICommandData& command) {
             remaining = 0;
         } else {
             if (remaining > 0) --remaining;
-            sleep_in_ms(retryInterval);
+            mPlatform.SleepMilliseconds(retryInterval);
         }
         BQM_LOG(BQM_LOG_INFO,
                 "IPMIProcessor::ExecuteCommand Got IPMI return code as %x and number of retries left are %d "

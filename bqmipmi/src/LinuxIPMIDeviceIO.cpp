@@ -11,9 +11,6 @@
 
 namespace {
 
-LinuxIPMIDeviceIO g_linuxDeviceIO;
-IIPMIDeviceIO* g_deviceIO = &g_linuxDeviceIO;
-
 long long NowMicroseconds() {
     struct timespec now;
     clock_gettime(CLOCK_MONOTONIC, &now);
@@ -39,12 +36,9 @@ int PollReadable(int fd, long long timeoutMicroseconds, bool* fdReady) {
 
 }  // namespace
 
-IIPMIDeviceIO& IIPMIDeviceIO::Current() { return *g_deviceIO; }
-
-IIPMIDeviceIO* IIPMIDeviceIO::SetForTesting(IIPMIDeviceIO* io) {
-    IIPMIDeviceIO* previous = g_deviceIO;
-    g_deviceIO = io != nullptr ? io : &g_linuxDeviceIO;
-    return previous;
+IIPMIDeviceIO& IIPMIDeviceIO::Real() {
+    static LinuxIPMIDeviceIO device;
+    return device;
 }
 
 int LinuxIPMIDeviceIO::Open(const char* path) {

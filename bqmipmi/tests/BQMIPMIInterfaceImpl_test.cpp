@@ -32,7 +32,7 @@ protected:
     FakeIPMIDevice device;
     _BQMIPMIConfiguration generationConfig = {60, 5, 5, 50, 0, 0};
     _BQMIPMICommandData request = GenerationRequest();
-    BQMIPMIInterfaceImpl library;
+    BQMIPMIInterfaceImpl library{kIPMIDriverUnloadPauseMs, platform, device};
 };
 
 TEST_F(BQMIPMIInterfaceImplTest, RequestFillsTheResponseAndReleaseClosesTheDeviceWithoutLogging) {
@@ -65,7 +65,7 @@ TEST_F(BQMIPMIInterfaceImplTest, NoDriverOrNoDeviceFailsInitialize) {
 TEST_F(BQMIPMIInterfaceImplTest, DriversLoadedForADeviceThatNeverOpensAreUnloadedBeforeInitializeReturns) {
     platform.statuses = {{"lsmod", 256}};  // none loaded; every load works
     device.openable.clear();
-    BQMIPMIInterfaceImpl quick(0);
+    BQMIPMIInterfaceImpl quick(0, platform, device);
     testing::internal::CaptureStderr();
     EXPECT_EQ(quick.Initialize(&generationConfig), 257);
     testing::internal::GetCapturedStderr();
@@ -82,7 +82,7 @@ TEST_F(BQMIPMIInterfaceImplTest, DriversLoadedForADeviceThatNeverOpensAreUnloade
 TEST_F(BQMIPMIInterfaceImplTest, DestroyingWithoutReleaseStillUnloadsTheDrivers) {
     platform.statuses = {{"grep ipmi_si", 256}};
     {
-        BQMIPMIInterfaceImpl forgotten(0);
+        BQMIPMIInterfaceImpl forgotten(0, platform, device);
         ASSERT_EQ(forgotten.Initialize(&generationConfig), 0);
     }
     EXPECT_EQ(platform.commands.back(), "rmmod ipmi_si > /dev/null 2>&1 ");
@@ -121,7 +121,7 @@ TEST_F(BQMIPMIInterfaceImplTest, ConfigurationFileOverridesTheGivenTimingAndTheR
         controller.defaultAnswer = {0xC0};  // transient: retried retryCount times
         _BQMIPMIConfiguration given = {61, 6, 3, 7, 0, 0}, own = {60, 5, 4, 9, 0, 0};
         request.configuration = c.own ? &own : nullptr;
-        BQMIPMIInterfaceImpl fresh;
+        BQMIPMIInterfaceImpl fresh(kIPMIDriverUnloadPauseMs, shell, controller);
         ASSERT_EQ(fresh.Initialize(&given), 0);
         const _BQMIPMIConfiguration& s =
             BQMIPMISessionHandler::GetInstance()->GetSession()->GetConfiguration();

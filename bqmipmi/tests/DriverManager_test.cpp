@@ -21,7 +21,7 @@ class DriverManagerTest : public ::testing::Test {
 protected:
     FakePlatform platform;
     FakeOSProbe linuxHost{"", "Linux"};
-    DriverManager manager{&linuxHost};
+    DriverManager manager{&linuxHost, kIPMIDriverUnloadPauseMs, platform};
 };
 
 TEST_F(DriverManagerTest, LoadFailsOnlyWhenEveryModuleFailsToLoad) {
@@ -31,7 +31,7 @@ TEST_F(DriverManagerTest, LoadFailsOnlyWhenEveryModuleFailsToLoad) {
     EXPECT_TRUE(manager.IsDriverReady() && manager.IsLoadAttempted() && !manager.IsSiLoaded());
     FakePlatform noTools;
     noTools.defaultStatus = FakePlatform::kNotFound;
-    DriverManager failing(&linuxHost);
+    DriverManager failing(&linuxHost, kIPMIDriverUnloadPauseMs, noTools);
     EXPECT_EQ(failing.IsIPMIDriverAvailable(), 1);
     EXPECT_EQ(noTools.commands, Texts({kChecks[0], kChecks[1], kChecks[2], Load("ipmi_msghandler"),
                                        Load("ipmi_devintf"), Load("ipmi_si")}));
@@ -49,7 +49,7 @@ TEST_F(DriverManagerTest, ReleaseUnloadsWhatWasMissingInReverseOrderThreeSeconds
     for (const auto& c : cases) {
         FakePlatform shell;
         shell.statuses = c.statuses;
-        DriverManager loader(&linuxHost);
+        DriverManager loader(&linuxHost, kIPMIDriverUnloadPauseMs, shell);
         ASSERT_EQ(loader.IsIPMIDriverAvailable() + loader.IsIPMIDriverAvailable(), 0);
         EXPECT_EQ(shell.commands.size(), 3 + c.unloads.size());  // checked once; each missing one loaded
         shell.events.clear();
@@ -89,7 +89,7 @@ TEST_F(DriverManagerTest, ModulesThatCameWithTheRunAndHoldADriverGoFirstWithoutP
         shell.statuses = {{"lsmod", 256}};
         if (c.devIntfWasLoaded) shell.statuses.insert(shell.statuses.begin(), {"grep ipmi_devintf", 0});
         shell.lsmodOutput = std::string(heading) + c.state;
-        DriverManager loader(&linuxHost);
+        DriverManager loader(&linuxHost, kIPMIDriverUnloadPauseMs, shell);
         ASSERT_EQ(loader.IsIPMIDriverAvailable(), 0);
         shell.events.clear();
         loader.ReleaseIPMIDriver();
@@ -106,7 +106,7 @@ TEST_F(DriverManagerTest, ModulesThatCameWithTheRunAndHoldADriverGoFirstWithoutP
     noListing.statuses = {{"lsmod", 256}};
     noListing.lsmodStatus = 127 << 8;
     noListing.lsmodOutput = std::string(heading) + "ipmi_si 1 1 acpi_ipmi\n";
-    DriverManager loader(&linuxHost, 0);
+    DriverManager loader(&linuxHost, 0, noListing);
     loader.IsIPMIDriverAvailable();
     noListing.commands.clear();
     loader.ReleaseIPMIDriver();
@@ -116,7 +116,7 @@ TEST_F(DriverManagerTest, ModulesThatCameWithTheRunAndHoldADriverGoFirstWithoutP
 
 TEST_F(DriverManagerTest, EsxAndEsxiRunNoShellCommandButReleaseSkipsOnlyEsxi) {
     FakeOSProbe esx("VMware ESX 4.1.0 (Kandinsky)", "Linux"), esxi("", "VMkernel");
-    DriverManager onEsx(&esx), onEsxi(&esxi);
+    DriverManager onEsx(&esx, 0, platform), onEsxi(&esxi, 0, platform);
     for (DriverManager* host : {&onEsx, &onEsxi}) {
         EXPECT_EQ(host->IsIPMIDriverAvailable() + host->IsIPMIDriverAvailable() + host->ReleaseIPMIDriver(),
                   0);

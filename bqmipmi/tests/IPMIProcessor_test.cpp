@@ -26,14 +26,14 @@ protected:
     FakeIPMIDevice device;
     _BQMIPMIConfiguration configuration = {60, 5, 5, 50, 0, 0};
     _BQMIPMICommandData record = GenerationRequest(&configuration);
-    IPMIProcessor processor;
+    IPMIProcessor processor{device, platform};
 };
 
 TEST_F(IPMIProcessorTest, AbsentDeviceTakesFivePassesOverThreeNodesAndFiveOneSecondPauses) {
     device.openable.clear();
     testing::internal::CaptureStderr();
     EXPECT_EQ(processor.Initialize(), 320);
-    EXPECT_EQ(IPMICommandProcessorCreator::Create(), nullptr);
+    EXPECT_EQ(IPMICommandProcessorCreator::Create(device, platform), nullptr);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "Can't open IPMI device\nCan't open IPMI device\n");
     EXPECT_EQ(platform.sleeps, Sleeps(10, 1000));
     ASSERT_EQ(device.opened.size(), 30u);

@@ -20,7 +20,8 @@ public:
         FILE_TO_BE_CREATED  // the file does not exist yet
     };
 
-    explicit CFileUtils(const std::string& path);
+    // fileSystem, borrowed, answers the existence and permission queries.
+    explicit CFileUtils(const std::string& path, IQVRFileSystem& fileSystem = IQVRFileSystem::Real());
 
     // False for an empty path or one holding any of "?", "*", "<", "\"", ">", "|".
     bool HasValidPath() const;
@@ -35,14 +36,9 @@ public:
     // failure and the case of a file still to be created.
     WritableFileState CheckWritableFile() const;
 
-    // Replaces the file-system queries; null restores the real ones. Returns the
-    // previous queries. Not thread-safe: for tests, before threads start.
-    static IQVRFileSystem* SetFileSystemForTesting(IQVRFileSystem* fileSystem);
-
 private:
-    static IQVRFileSystem& FileSystem();
-
     std::string m_path;
+    IQVRFileSystem& m_fileSystem;
     std::vector<std::string> m_illegalSubstrings;
 };
 

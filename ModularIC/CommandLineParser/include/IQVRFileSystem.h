@@ -4,7 +4,8 @@
 #include <string>
 
 // The file-system queries behind CFileUtils. The real one asks the operating
-// system; tests install a fake with CFileUtils::SetFileSystemForTesting.
+// system; CFileUtils and the path options take one in their constructors, so
+// tests hand in a fake.
 class IQVRFileSystem {
 public:
     virtual ~IQVRFileSystem() = default;
@@ -14,6 +15,8 @@ public:
     virtual bool Exists(const std::string& path) = 0;
     // Whether the calling process may write to the path.
     virtual bool IsWritable(const std::string& path) = 0;
+
+    static IQVRFileSystem& Real();
 };
 
 #endif

@@ -5,6 +5,7 @@
 #include <set>
 #include <string>
 
+#include "IQVRFileSystem.h"
 #include "IQVROptions.h"
 #include "QVRArgumentList.h"
 #include "QVRProcessArgument.h"
@@ -14,7 +15,8 @@
 // nothing throws for bad input.
 class QVROptionArgumentValidation {
 public:
-    QVROptionArgumentValidation();
+    // fileSystem, borrowed, answers the path options' checks.
+    explicit QVROptionArgumentValidation(IQVRFileSystem& fileSystem = IQVRFileSystem::Real());
     QVROptionArgumentValidation(const QVROptionArgumentValidation&) = delete;
     QVROptionArgumentValidation& operator=(const QVROptionArgumentValidation&) = delete;
 

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "IQVRFileSystem.h"
 #include "IQVROptions.h"
 
 // The table of option spellings and the option object of every key.
@@ -14,7 +15,8 @@ public:
     typedef std::map<std::string, std::unique_ptr<IQVROptions>> OptionObjects;
 
     // Fills the tables and creates the option objects.
-    QVROptionFactory();
+    // fileSystem, borrowed, answers the path options' checks.
+    explicit QVROptionFactory(IQVRFileSystem& fileSystem = IQVRFileSystem::Real());
     QVROptionFactory(const QVROptionFactory&) = delete;
     QVROptionFactory& operator=(const QVROptionFactory&) = delete;
 
@@ -34,7 +36,7 @@ public:
 
 private:
     void RegisterSpelling(const std::string& spelling, const std::string& key);
-    void CreateOptions();
+    void CreateOptions(IQVRFileSystem& fileSystem);
 
     std::map<std::string, std::string> m_aliasToMain;
     std::map<std::string, std::string> m_spellingToKey;

@@ -15,7 +15,8 @@ class QVRProcessArgument {
 public:
     typedef std::map<std::string, std::string> OptionMap;
 
-    QVRProcessArgument();
+    // fileSystem, borrowed, answers the path options' checks.
+    explicit QVRProcessArgument(IQVRFileSystem& fileSystem = IQVRFileSystem::Real());
 
     // Keeps the base name of argv[0] and processes argv[1..] in order; stops at
     // the first non-zero result, or with 0 once help or version has silenced the rest.

@@ -20,21 +20,15 @@ public:
     bool IsWritable(const std::string& path) override { return ::access(path.c_str(), W_OK) == 0; }
 };
 
-CRealFileSystem g_realFileSystem;
-IQVRFileSystem* g_fileSystem = &g_realFileSystem;
-
 }  // namespace
 
-CFileUtils::CFileUtils(const std::string& path)
-    : m_path(path), m_illegalSubstrings{"?", "*", "<", "\"", ">", "|"} {}
-
-IQVRFileSystem& CFileUtils::FileSystem() { return *g_fileSystem; }
-
-IQVRFileSystem* CFileUtils::SetFileSystemForTesting(IQVRFileSystem* fileSystem) {
-    IQVRFileSystem* previous = g_fileSystem;
-    g_fileSystem = fileSystem != nullptr ? fileSystem : &g_realFileSystem;
-    return previous;
+IQVRFileSystem& IQVRFileSystem::Real() {
+    static CRealFileSystem real;
+    return real;
 }
+
+CFileUtils::CFileUtils(const std::string& path, IQVRFileSystem& fileSystem)
+    : m_path(path), m_fileSystem(fileSystem), m_illegalSubstrings{"?", "*", "<", "\"", ">", "|"} {}
 
 bool CFileUtils::HasValidPath() const {
     if (m_path.empty()) return false;
@@ -51,13 +45,13 @@ std::string CFileUtils::GetDirName() const {
     return m_path.substr(0, slash);
 }
 
-bool CFileUtils::IsDirectoryExist(const std::string& dir) const { return FileSystem().IsDirectory(dir); }
+bool CFileUtils::IsDirectoryExist(const std::string& dir) const { return m_fileSystem.IsDirectory(dir); }
 
-bool CFileUtils::HasWritePermissionDir(const std::string& dir) const { return FileSystem().IsWritable(dir); }
+bool CFileUtils::HasWritePermissionDir(const std::string& dir) const { return m_fileSystem.IsWritable(dir); }
 
-bool CFileUtils::IsFileExists() const { return FileSystem().Exists(m_path); }
+bool CFileUtils::IsFileExists() const { return m_fileSystem.Exists(m_path); }
 
-bool CFileUtils::HasWritePermission() const { return FileSystem().IsWritable(m_path); }
+bool CFileUtils::HasWritePermission() const { return m_fileSystem.IsWritable(m_path); }
 
 CFileUtils::WritableFileState CFileUtils::CheckWritableFile() const {
     CLogger* logger = CLogger::GetInstance();

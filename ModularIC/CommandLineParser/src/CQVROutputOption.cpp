@@ -3,12 +3,13 @@
 #include "CFileUtils.h"
 #include "QVRResultCodes.h"
 
-CQVROutputOption::CQVROutputOption() : IQVROptions(false, false, true) {}
+CQVROutputOption::CQVROutputOption(IQVRFileSystem& fileSystem)
+    : IQVROptions(false, false, true), m_fileSystem(fileSystem) {}
 
 unsigned int CQVROutputOption::Validate(std::string value) { return ValidateFilePath(value); }
 
 unsigned int CQVROutputOption::ValidateFilePath(const std::string& path) const {
-    switch (CFileUtils(path).CheckWritableFile()) {
+    switch (CFileUtils(path, m_fileSystem).CheckWritableFile()) {
         case CFileUtils::ILLEGAL_PATH:
         case CFileUtils::DIRECTORY_MISSING:
             return QVR_RESULT_INVALID_ARGUMENT;

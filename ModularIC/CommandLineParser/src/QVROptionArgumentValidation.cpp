@@ -2,8 +2,12 @@
 
 #include "QVRResultCodes.h"
 
-QVROptionArgumentValidation::QVROptionArgumentValidation()
-    : m_invalidOption(false), m_specialSingleOption(false), m_singleOptionFound(false), m_noOption(false) {
+QVROptionArgumentValidation::QVROptionArgumentValidation(IQVRFileSystem& fileSystem)
+    : m_processArgument(fileSystem),
+      m_invalidOption(false),
+      m_specialSingleOption(false),
+      m_singleOptionFound(false),
+      m_noOption(false) {
     for (const auto& entry : m_processArgument.GetFactory().GetOptions())
         m_optionObjects[entry.first] = entry.second.get();
 }

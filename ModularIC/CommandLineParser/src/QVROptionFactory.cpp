@@ -14,9 +14,9 @@
 #include "CQVRVersionOption.h"
 #include "QVROptionKeys.h"
 
-QVROptionFactory::QVROptionFactory() {
+QVROptionFactory::QVROptionFactory(IQVRFileSystem& fileSystem) {
     RegisterLongShortOptionToOptionInit();
-    CreateOptions();
+    CreateOptions(fileSystem);
 }
 
 void QVROptionFactory::RegisterLongShortOptionToOption(const std::string& shortSpelling,
@@ -58,11 +58,11 @@ void QVROptionFactory::RegisterLongShortOptionToOptionInit() {
     RegisterSpelling("-serialize", QVR_OPT_SERIALIZE);
 }
 
-void QVROptionFactory::CreateOptions() {
+void QVROptionFactory::CreateOptions(IQVRFileSystem& fileSystem) {
     m_options[QVR_OPT_HELP].reset(new CQVRHelpOption());
     m_options[QVR_OPT_VERSION].reset(new CQVRVersionOption());
-    m_options[QVR_OPT_LOG].reset(new CQVRLogOption());
-    m_options[QVR_OPT_OUT].reset(new CQVROutputOption());
+    m_options[QVR_OPT_LOG].reset(new CQVRLogOption(fileSystem));
+    m_options[QVR_OPT_OUT].reset(new CQVROutputOption(fileSystem));
     m_options[QVR_OPT_ENCODE].reset(new CQVROutputEncodingOption());
     m_options[QVR_OPT_OUTPUTFORMAT].reset(new CQVROutputFormatOption());
     m_options[QVR_OPT_CATEGORY].reset(new CQVRCategoryOption());

@@ -6,8 +6,9 @@
 #include "QVROptionKeys.h"
 #include "QVRResultCodes.h"
 
-QVRProcessArgument::QVRProcessArgument()
-    : m_excludeList(QVRExcludeOptionList::GetInstance()),
+QVRProcessArgument::QVRProcessArgument(IQVRFileSystem& fileSystem)
+    : m_factory(fileSystem),
+      m_excludeList(QVRExcludeOptionList::GetInstance()),
       m_optionPrefixes{'-', '/'},
       m_ignoreRest(false),
       m_inExclusionList(false) {}

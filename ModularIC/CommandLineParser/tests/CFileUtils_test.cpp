@@ -12,14 +12,12 @@
 
 namespace {
 
-// A file system given as sets of paths, installed for the life of the object.
-class ScopedFakeFileSystem : public IQVRFileSystem {
+// A file system given as sets of paths.
+class FakeFileSystem : public IQVRFileSystem {
 public:
-    ~ScopedFakeFileSystem() override { CFileUtils::SetFileSystemForTesting(previous); }
     bool IsDirectory(const std::string& path) override { return directories.count(path) != 0; }
     bool Exists(const std::string& path) override { return directories.count(path) || files.count(path); }
     bool IsWritable(const std::string& path) override { return writable.count(path) != 0; }
-    IQVRFileSystem* const previous = CFileUtils::SetFileSystemForTesting(this);
     std::set<std::string> directories, files, writable;
 };
 
@@ -52,7 +50,7 @@ struct PathRow {
 };
 
 TEST(CFileUtilsTest, PathChecksRunInOrderAndEachOptionAnswersItsCode) {
-    ScopedFakeFileSystem fs;
+    FakeFileSystem fs;
     fs.directories = {"/ok", "/ro", "."};
     fs.writable = {"/ok", "/ok/writable.xml", "."};
     fs.files = {"/ok/writable.xml", "/ok/readonly.xml", "/ro/file.xml"};
@@ -65,10 +63,10 @@ TEST(CFileUtilsTest, PathChecksRunInOrderAndEachOptionAnswersItsCode) {
                                        {"/ok/writable.xml", CFileUtils::FILE_WRITABLE, 0, 0},
                                        {"/ok/new.xml", CFileUtils::FILE_TO_BE_CREATED, 0, 0},
                                        {"new.xml", CFileUtils::FILE_TO_BE_CREATED, 0, 0}};
-    CQVRLogOption log;
-    CQVROutputOption output;
+    CQVRLogOption log(fs);
+    CQVROutputOption output(fs);
     for (const PathRow& row : rows) {
-        EXPECT_EQ(CFileUtils(row.path).CheckWritableFile(), row.state) << row.path;
+        EXPECT_EQ(CFileUtils(row.path, fs).CheckWritableFile(), row.state) << row.path;
         EXPECT_EQ(log.Validate(row.path), row.logAnswer) << row.path;
         EXPECT_EQ(output.Validate(row.path), row.outputAnswer) << row.path;
     }

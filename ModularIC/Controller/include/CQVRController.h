@@ -7,6 +7,7 @@
 
 class CLockManager;
 class IQVRGenerationSource;
+class IQVRShmApi;
 class CQVRICInvoker;
 class CQVRModuleList;
 class QVRArgumentList;
@@ -24,9 +25,11 @@ public:
     // manager. Throws CQVRBadAllocException when an allocation fails.
     CQVRController();
     // The same with the given lock manager, which the controller takes over,
-    // and the given generation source (borrowed; null asks the management
-    // controller).
-    explicit CQVRController(CLockManager* lockManager, IQVRGenerationSource* generations = nullptr);
+    // the given generation source (borrowed; null asks the management
+    // controller) and progress channel (borrowed; null is the machine's shared
+    // memory).
+    explicit CQVRController(CLockManager* lockManager, IQVRGenerationSource* generations = nullptr,
+                            IQVRShmApi* progress = nullptr);
     CQVRController(const CQVRController&) = delete;
     CQVRController& operator=(const CQVRController&) = delete;
     // Deletes invoker, manager, data model and module list, then releases a held
@@ -64,6 +67,7 @@ private:
     std::string m_startDirectory;
     CLockManager* m_pLockManager;
     IQVRGenerationSource* m_pGenerations;
+    IQVRShmApi* m_pProgress;
     int32_t m_lockFileID;
 };
 

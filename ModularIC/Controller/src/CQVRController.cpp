@@ -51,13 +51,15 @@ void LogOutputterAllocationFailure(unsigned int line) {
 
 CQVRController::CQVRController() : CQVRController(nullptr) {}
 
-CQVRController::CQVRController(CLockManager* lockManager, IQVRGenerationSource* generations)
+CQVRController::CQVRController(CLockManager* lockManager, IQVRGenerationSource* generations,
+                               IQVRShmApi* progress)
     : m_pArgumentList(nullptr),
       m_pModuleList(nullptr),
       m_pDataModel(nullptr),
       m_pDataModelManager(nullptr),
       m_pICInvoker(nullptr),
       m_pGenerations(generations),
+      m_pProgress(progress != nullptr ? progress : &IQVRShmApi::Real()),
       m_lockFileID(kNoLock) {
     m_startDirectory = CPlatformLayer::getCurrentDirectory();
     m_pModuleList = new (std::nothrow) CQVRModuleList();
@@ -229,7 +231,7 @@ void CQVRController::InitDataModel() {
                 "CQVRController::InitDataModel() : \t\t\t\tUnable to create memory for QVRDataModel Object.");
             throw CQVRBadAllocException("Unable to create memory for QVRDataModel Object.");
         }
-        m_pDataModelManager = QVRDataModelManager::GetInstance();
+        m_pDataModelManager = QVRDataModelManager::GetInstance(*m_pProgress);
         if (m_pDataModelManager == nullptr) {
             CLogger::GetInstance()->log(
                 __FILE__, __LINE__,
@@ -280,7 +282,7 @@ unsigned int CQVRController::WriteOutput() {
 
 unsigned int CQVRController::WriteICProgress() {
     try {
-        CSharedMemReader reader;
+        CSharedMemReader reader(*m_pProgress);
         const int* counters = reader.ReadData();
         const int total = counters[0];
         const int completed = counters[1];

@@ -45,7 +45,7 @@ protected:
                                       if (onLock) onLock();
                                       return lockResult;
                                   }),
-                                  &generations);
+                                  &generations, &shm);
     }
     // Runs the entry point, by default on a controller with the fake lock, and keeps what it printed.
     int Main(std::vector<std::string> words, QVRControllerFactory factory = nullptr) {
@@ -65,7 +65,6 @@ protected:
     std::function<void()> onLock;  // may throw
     std::string printed, errors;
     FakeShmApi shm;  // progress never reaches the machine-wide segment from here
-    ScopedShmApi scopedShm{&shm};
 };
 
 struct StatusRow {
@@ -101,7 +100,7 @@ TEST_F(CQVRControllerTest, ExitStatusAndMessagesAroundTheLock) {
 TEST_F(CQVRControllerTest, ProgressOfTheRunningInstanceIsPrintedAndAFinishedOneCleanedUp) {
     lockResult = -1;
     for (int completed : {9, 14}) {
-        CSharedMemWriter().WriteToSharedMem(14, completed);
+        CSharedMemWriter(shm).WriteToSharedMem(14, completed);
         EXPECT_EQ(Main({"-p"}), 0);
         EXPECT_EQ(errors, "");
         const std::string counters =

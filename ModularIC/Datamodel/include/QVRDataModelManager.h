@@ -13,8 +13,9 @@ class QVRDataModelFilter;
 // into the run's data model.
 class QVRDataModelManager : public QVRInventoryRawDataStore {
 public:
-    // The single instance, created on first use (null if it cannot be allocated).
-    static QVRDataModelManager* GetInstance();
+    // The single instance, created on first use (null if it cannot be
+    // allocated) with the given progress channel, which it borrows.
+    static QVRDataModelManager* GetInstance(IQVRShmApi& progress = IQVRShmApi::Real());
 
     // Deleting the instance clears the singleton, so GetInstance makes a new one.
     ~QVRDataModelManager() override;
@@ -31,7 +32,7 @@ public:
     bool Process();
 
 protected:
-    QVRDataModelManager();
+    explicit QVRDataModelManager(IQVRShmApi& progress);
 
 private:
     static QVRDataModelManager* s_instance;

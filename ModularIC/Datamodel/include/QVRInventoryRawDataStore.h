@@ -7,6 +7,7 @@
 
 #include "CDeviceInfo.h"
 #include "IQVRInventoryRawData.h"
+#include "IQVRShmApi.h"
 #include "QVRCMutex.h"
 
 class CSharedMemWriter;
@@ -15,7 +16,8 @@ class CSharedMemWriter;
 // for progress, and parses it all once the modules have run.
 class QVRInventoryRawDataStore {
 public:
-    QVRInventoryRawDataStore();
+    // progress, borrowed, carries the counters to a -progress reader.
+    explicit QVRInventoryRawDataStore(IQVRShmApi& progress = IQVRShmApi::Real());
     QVRInventoryRawDataStore(const QVRInventoryRawDataStore&) = delete;
     QVRInventoryRawDataStore& operator=(const QVRInventoryRawDataStore&) = delete;
     virtual ~QVRInventoryRawDataStore();

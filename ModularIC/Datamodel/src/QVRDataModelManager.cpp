@@ -14,12 +14,13 @@ const char* const kSystemDisplay = "SystemInventory";
 
 QVRDataModelManager* QVRDataModelManager::s_instance = nullptr;
 
-QVRDataModelManager* QVRDataModelManager::GetInstance() {
-    if (s_instance == nullptr) s_instance = new (std::nothrow) QVRDataModelManager();
+QVRDataModelManager* QVRDataModelManager::GetInstance(IQVRShmApi& progress) {
+    if (s_instance == nullptr) s_instance = new (std::nothrow) QVRDataModelManager(progress);
     return s_instance;
 }
 
-QVRDataModelManager::QVRDataModelManager() : m_pDataModel(nullptr), m_pFilter(nullptr) {}
+QVRDataModelManager::QVRDataModelManager(IQVRShmApi& progress)
+    : QVRInventoryRawDataStore(progress), m_pDataModel(nullptr), m_pFilter(nullptr) {}
 
 QVRDataModelManager::~QVRDataModelManager() {
     delete m_pFilter;

@@ -84,8 +84,8 @@ private:
 
 }  // namespace
 
-QVRInventoryRawDataStore::QVRInventoryRawDataStore()
-    : m_pSharedMemWriter(new (std::nothrow) CSharedMemWriter()),
+QVRInventoryRawDataStore::QVRInventoryRawDataStore(IQVRShmApi& progress)
+    : m_pSharedMemWriter(new (std::nothrow) CSharedMemWriter(progress)),
       m_totalInvComponents(0),
       m_completedInvComponents(0) {}
 

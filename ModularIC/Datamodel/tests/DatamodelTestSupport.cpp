@@ -5,12 +5,7 @@ FakeShmApi& TestShm() {
     return fake;
 }
 
-namespace {
-const bool kFakeInstalled = (QVRSetShmApi(&TestShm()), true);
-}  // namespace
-
 std::string Inventory(const std::string& body) {
-    (void)kFakeInstalled;
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<SVMInventory lang=\"en\">\n" + body +
            "</SVMInventory>\n";
 }

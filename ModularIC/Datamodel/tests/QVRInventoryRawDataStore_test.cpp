@@ -74,7 +74,7 @@ IQVRInventoryRawData* Raw(std::string identity, std::string output) {
 }
 
 TEST(QVRInventoryRawDataStore, CountsPublishesAndProcessesInArrivalOrder) {
-    QVRInventoryRawDataStore store;
+    QVRInventoryRawDataStore store(TestShm());
     store.SetTotalInvComponents(14);
     ASSERT_TRUE(store.WriteData(Raw("first", Inventory(PciDevice("1", "1.0", "FRMW", "from first")))));
     TestShm().failGet = true;  // a failing progress write still stores and counts
@@ -100,8 +100,9 @@ TEST(QVRInventoryRawDataStore, CountsPublishesAndProcessesInArrivalOrder) {
 
 class ManagerTest : public ::testing::Test {
 protected:
-    void TearDown() override { delete QVRDataModelManager::GetInstance(); }
-    QVRDataModelManager* manager = QVRDataModelManager::GetInstance();
+    void TearDown() override { delete manager; }
+    FakeShmApi shm;
+    QVRDataModelManager* manager = QVRDataModelManager::GetInstance(shm);
     QVRDataModel model;
     QVRArgumentList args;
 };
@@ -133,8 +134,6 @@ TEST_F(ManagerTest, FilesEveryKindOfRecordAndNeverCountsADroppedOutput) {
 }
 
 TEST_F(ManagerTest, ConcurrentWritersAgreeWithCountsAndStoredOutputs) {
-    FakeShmApi shm;
-    ScopedShmApi scope(&shm);
     manager->Initialize(&model, &args);
     const int kThreads = 8, kPerThread = 60, kAll = kThreads * kPerThread, kEmpty = kAll / 10;
     manager->SetTotalInvComponents(kAll);

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 
+#include "IPlatformImpl.h"
 #include "IQVRChildSpawner.h"
 #include "QVRCMutex.h"
 
@@ -28,10 +29,11 @@ public:
     // time-out does.
     static const std::size_t kMaxOutputBytes = 256u << 20;
 
-    // spawner null means the real one; a given spawner is borrowed.
+    // spawner and platform null mean the real ones; given ones are borrowed.
+    // The platform changes the directory and runs the kill line.
     CQVRExecCommand(const std::string& directory, const std::string& command, bool serializeStart,
                     unsigned int timeoutSeconds, bool captureOutput, IQVRChildSpawner* spawner = nullptr,
-                    std::size_t outputLimit = kMaxOutputBytes);
+                    std::size_t outputLimit = kMaxOutputBytes, IPlatformImpl* platform = nullptr);
     CQVRExecCommand(const CQVRExecCommand&) = delete;
     CQVRExecCommand& operator=(const CQVRExecCommand&) = delete;
     // Kills and reaps a child still running: no child is left unreaped. Never throws.
@@ -76,6 +78,7 @@ private:
     int32_t m_exitStatus;
     uint32_t m_state;
     IQVRChildSpawner* m_pSpawner;
+    IPlatformImpl* m_pPlatform;
     std::size_t m_outputLimit;
 };
 

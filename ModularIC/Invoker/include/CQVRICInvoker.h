@@ -64,13 +64,11 @@ public:
     uint64_t GetTotalInvComponents() const { return m_totalInvComponents; }
     IQVRModuleInvoker* GetModuleInvoker(QVR_IC_INVOKER_TASKS task) const;
 
-protected:
-    // Allocation of the phase invokers without throwing; null on failure.
-    virtual IQVRModuleInvoker* NewOnlyProcessInvoker(const std::vector<CQVRModuleDetail*>& modules);
-    virtual IQVRModuleInvoker* NewOutputInvoker(const std::vector<CQVRModuleDetail*>& modules,
-                                                unsigned long threadCount, bool raisedPriority);
-
 private:
+    // Allocation of the phase invokers without throwing; null on failure.
+    IQVRModuleInvoker* NewOnlyProcessInvoker(const std::vector<CQVRModuleDetail*>& modules);
+    IQVRModuleInvoker* NewOutputInvoker(const std::vector<CQVRModuleDetail*>& modules,
+                                        unsigned long threadCount, bool raisedPriority);
     void DestroyInvokers();
     const CQVRModuleList& Modules() const;
 

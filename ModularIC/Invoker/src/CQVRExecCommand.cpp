@@ -19,7 +19,7 @@ const std::size_t kReadChunk = 64 * 1024;
 
 CQVRExecCommand::CQVRExecCommand(const std::string& directory, const std::string& command,
                                  bool serializeStart, unsigned int timeoutSeconds, bool captureOutput,
-                                 IQVRChildSpawner* spawner, std::size_t outputLimit)
+                                 IQVRChildSpawner* spawner, std::size_t outputLimit, IPlatformImpl* platform)
     : m_directory(directory),
       m_command(command),
       m_serializeStart(serializeStart),
@@ -28,6 +28,7 @@ CQVRExecCommand::CQVRExecCommand(const std::string& directory, const std::string
       m_exitStatus(-1),
       m_state(kStateCreated),
       m_pSpawner(spawner != nullptr ? spawner : &CQVRPosixChildSpawner::Instance()),
+      m_pPlatform(platform != nullptr ? platform : &CPlatformLayer::Real()),
       m_outputLimit(outputLimit) {}
 
 CQVRExecCommand::~CQVRExecCommand() {
@@ -55,7 +56,7 @@ bool CQVRExecCommand::Execute() {
     {
         std::unique_ptr<QVRCMutexLock> startLock;
         if (m_serializeStart) startLock.reset(new QVRCMutexLock(mutSharedLockInterprocesses));
-        if (!m_directory.empty() && !CPlatformLayer::setCurrentDirectory(m_directory)) {
+        if (!m_directory.empty() && !m_pPlatform->SetCurrentDirectory(m_directory)) {
             // Starting anyway would run whatever "./command" names in the wrong directory.
             error = "cannot enter directory " + m_directory;
         } else {
@@ -140,7 +141,7 @@ bool CQVRExecCommand::ReadConsoleBuffer() {
 void CQVRExecCommand::KillChild(const char* reason) {
     // ps never shows the shell's command line, so the line's kill usually has no
     // process id to take: its complaints stay off our standard error.
-    CPlatformLayer::RunShellCommand(BuildKillCommand(static_cast<long>(getpid()), m_command), true);
+    m_pPlatform->RunShellCommand(BuildKillCommand(static_cast<long>(getpid()), m_command), true);
     // The line above matches only what ps names, and the direct child is the
     // shell; the group holds the module and everything it started.
     m_pSpawner->KillProcessGroup(m_pipe.pid);

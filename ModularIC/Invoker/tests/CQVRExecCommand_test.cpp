@@ -77,7 +77,7 @@ struct CQVRExecCommandTest : ::testing::Test {
 };
 
 TEST_F(CQVRExecCommandTest, ReadsEveryPieceUntilEndOfFileWithinOneTotalBudget) {
-    CQVRExecCommand command("", "mod", false, 5, true, &spawner);
+    CQVRExecCommand command("", "mod", false, 5, true, &spawner, CQVRExecCommand::kMaxOutputBytes, &platform);
     ASSERT_TRUE(command.Execute());
     EXPECT_EQ("./mod 2>/dev/null ", spawner.started);
     EXPECT_FALSE(spawner.lockHeld);
@@ -93,7 +93,8 @@ TEST_F(CQVRExecCommandTest, ReadsEveryPieceUntilEndOfFileWithinOneTotalBudget) {
 }
 
 TEST_F(CQVRExecCommandTest, TimeOutRunsTheKillLineAndDiscardsPartialOutput) {
-    CQVRExecCommand command("", "mod arg", true, 2, true, &spawner);
+    CQVRExecCommand command("", "mod arg", true, 2, true, &spawner, CQVRExecCommand::kMaxOutputBytes,
+                            &platform);
     ASSERT_TRUE(command.Execute());
     EXPECT_TRUE(spawner.lockHeld);
     spawner.waits = {1, 0};
@@ -112,7 +113,7 @@ TEST_F(CQVRExecCommandTest, TimeOutRunsTheKillLineAndDiscardsPartialOutput) {
 TEST_F(CQVRExecCommandTest, OutputPastTheLimitKillsTheModuleAndDiscardsWhatItPrinted) {
     for (const bool capture : {true, false}) {
         FakeSpawner child;
-        CQVRExecCommand command("", "flood", false, 5, capture, &child, 10);
+        CQVRExecCommand command("", "flood", false, 5, capture, &child, 10, &platform);
         ASSERT_TRUE(command.Execute());
         child.waits = {1, 1};
         child.reads = {"12345", "67890", "", "1", "$"};
@@ -127,7 +128,7 @@ TEST_F(CQVRExecCommandTest, OutputPastTheLimitKillsTheModuleAndDiscardsWhatItPri
 }
 
 TEST_F(CQVRExecCommandTest, AWaitThatKeepsFailingBacksOffInsteadOfSpinningAndEndsAtTheBudget) {
-    CQVRExecCommand command("", "mod", false, 2, true, &spawner);
+    CQVRExecCommand command("", "mod", false, 2, true, &spawner, CQVRExecCommand::kMaxOutputBytes, &platform);
     ASSERT_TRUE(command.Execute());
     spawner.waits = std::deque<int>(100, -1);
     EXPECT_TRUE(command.ReadConsoleBuffer());
@@ -139,7 +140,8 @@ TEST_F(CQVRExecCommandTest, AWaitThatKeepsFailingBacksOffInsteadOfSpinningAndEnd
 
 TEST_F(CQVRExecCommandTest, DestroyingARunningCommandKillsAndReapsItWithoutReading) {
     {
-        CQVRExecCommand command("", "mod", false, 5, true, &spawner);
+        CQVRExecCommand command("", "mod", false, 5, true, &spawner, CQVRExecCommand::kMaxOutputBytes,
+                                &platform);
         ASSERT_TRUE(command.Execute());
         spawner.waits = {1};
         spawner.reads = {"never read"};

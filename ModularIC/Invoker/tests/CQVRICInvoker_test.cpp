@@ -63,42 +63,6 @@ TEST_F(CQVRICInvokerTest, ThreadBudgetSizesEachPoolAndTheTotalLeavesOutPrePost) 
     }
 }
 
-// Every phase invoker allocation fails.
-struct FailingInvoker : CQVRICInvoker {
-    using CQVRICInvoker::CQVRICInvoker;
-    bool fail = false;
-    IQVRModuleInvoker* NewOnlyProcessInvoker(const std::vector<CQVRModuleDetail*>& m) override {
-        return fail ? nullptr : CQVRICInvoker::NewOnlyProcessInvoker(m);
-    }
-    IQVRModuleInvoker* NewOutputInvoker(const std::vector<CQVRModuleDetail*>& m, unsigned long n,
-                                        bool raised) override {
-        return fail ? nullptr : CQVRICInvoker::NewOutputInvoker(m, n, raised);
-    }
-};
-
-TEST_F(CQVRICInvokerTest, FailedAllocationsThrowTheirMessages) {
-    FailingInvoker invoker(nullptr, &manager, &list);
-    invoker.fail = true;
-    const std::vector<CQVRModuleDetail*> none;
-    const std::string pooled = "Unable to create memory for \t\t\t\tModule Invoker Object.";
-    const std::string prePost = "Unable to create memory for \t\t\tPre/Post Module Invoker Object.";
-    const std::pair<QVR_IC_INVOKER_TASKS, std::string> rows[] = {{QVR_IC_INVOKER_PRE_INSTALL, prePost},
-                                                                 {QVR_IC_INVOKER_PRIORITY, pooled},
-                                                                 {QVR_IC_INVOKER_PARALLEL, pooled},
-                                                                 {QVR_IC_INVOKER_SERIAL, pooled},
-                                                                 {QVR_IC_INVOKER_POST_INSTALL, prePost}};
-    for (const auto& row : rows) {
-        try {
-            invoker.InitTask(row.first, none, 1, false);
-            ADD_FAILURE() << "no exception";
-        } catch (const CQVRBadAllocException& e) {
-            EXPECT_EQ(row.second, e.what());
-        }
-        EXPECT_NE(nullptr, invoker.GetModuleInvoker(row.first));  // the slot keeps its invoker
-    }
-    EXPECT_NO_THROW(invoker.InitTask(static_cast<QVR_IC_INVOKER_TASKS>(5), none, 1, false));
-}
-
 // Real script modules append start and end markers to one log, so the order
 // of phases can be read back.
 class CQVRICInvokerPhaseTest : public CQVRICInvokerTest {

@@ -32,8 +32,6 @@ bool ProcessDies(const std::string& pidFile);
 
 // The real platform, except that shell commands are only recorded.
 struct RecordingPlatform : CLinuxImpl {
-    RecordingPlatform() : previous(CPlatformLayer::SetImplForTesting(this)) {}
-    ~RecordingPlatform() override { CPlatformLayer::SetImplForTesting(previous); }
     int RunShellCommand(const std::string& command, bool discardStderr) override {
         shellCommands.push_back(command);
         quietShellCommands.push_back(discardStderr);
@@ -41,11 +39,11 @@ struct RecordingPlatform : CLinuxImpl {
     }
     std::vector<std::string> shellCommands;
     std::vector<bool> quietShellCommands;
-    IPlatformImpl* previous;
 };
 
 // Keeps every module output handed over instead of parsing it.
 struct RecordingDataModelManager : QVRDataModelManager {
+    RecordingDataModelManager() : QVRDataModelManager(IQVRShmApi::Real()) {}
     using QVRDataModelManager::WriteData;
     bool WriteData(std::string& moduleIdentity, std::string& output) override {
         std::lock_guard<std::mutex> lock(mutex);

@@ -37,8 +37,6 @@ public:
         bool foreignId = false;
         int error = 0;
     };
-    FakeIPMIDevice() : mPrevious(IIPMIDeviceIO::SetForTesting(this)) {}
-    ~FakeIPMIDevice() override { IIPMIDeviceIO::SetForTesting(mPrevious); }
 
     // The generation answer: completion code cc, generation byte g (response byte 8).
     static std::vector<unsigned char> Generation(unsigned char cc, unsigned char g) {
@@ -96,17 +94,12 @@ public:
         std::memcpy(received.msg.data, reply.data.data(), received.msg.data_len);
         return reply.error != 0 ? (errno = reply.error, -1) : 0;
     }
-
-private:
-    IIPMIDeviceIO* mPrevious;
 };
 
 // Records shell commands and sleeps; a command gets the status of the first key of statuses it contains.
 class FakePlatform : public IPlatformImpl {
 public:
     static constexpr int kNotFound = 127 << 8;  // the shell's status for a missing command
-    FakePlatform() : mPrevious(CPlatformLayer::SetImplForTesting(this)) {}
-    ~FakePlatform() override { CPlatformLayer::SetImplForTesting(mPrevious); }
     std::string GetCurrentDirectory() override { return "/"; }
     bool SetCurrentDirectory(const std::string&) override { return true; }
     int RunShellCommand(const std::string& command, bool discardStderr) override {
@@ -135,9 +128,6 @@ public:
     int lsmodStatus = 0;
     std::vector<std::string> commands, events;  // events: commands and "sleep <ms>" in order
     std::vector<unsigned long> sleeps;
-
-private:
-    IPlatformImpl* mPrevious;
 };
 
 // A host with the given first line of "/etc/vmware-release" ("" for none) and uname name.

@@ -6,6 +6,8 @@
 #include <string>
 
 #include "BQMIPMIData.h"
+#include "CPlatformLayer.h"
+#include "IIPMIDeviceIO.h"
 
 class BQMIPMIInterfaceImpl;
 
@@ -28,6 +30,14 @@ enum sysGeneration {
 // releases the IPMI library. One per process; not thread-safe.
 class CICContextEvaluator_SysGen {
 public:
+    // The IPMI library it opens talks through platform and device (borrowed);
+    // the singleton uses the real ones.
+    explicit CICContextEvaluator_SysGen(IPlatformImpl& platform = CPlatformLayer::Real(),
+                                        IIPMIDeviceIO& device = IIPMIDeviceIO::Real());
+    ~CICContextEvaluator_SysGen();
+    CICContextEvaluator_SysGen(const CICContextEvaluator_SysGen&) = delete;
+    CICContextEvaluator_SysGen& operator=(const CICContextEvaluator_SysGen&) = delete;
+
     // The singleton, created on first use; null when memory is short.
     static CICContextEvaluator_SysGen* GetContextEvaluatorInstance();
     static void DeleteContextEvaluatorInstance();
@@ -43,8 +53,9 @@ public:
     // names for 1001, none for -1) and returns the generation value.
     int GetSysGenerationInventoryList(std::set<std::string>& names);
 
-    // Creates and initialises the IPMI library object unless there is one;
-    // true when one is ready. The next detection uses and releases it.
+    // Creates and initialises the IPMI library object unless there is one,
+    // through the singleton's platform and device; true when one is ready. The
+    // next detection uses and releases it.
     static bool initIPMILayer();
     // Releases and deletes the library object if there is one. Returns 0.
     static int cleanIPMILayer();
@@ -59,10 +70,12 @@ public:
     static int GenerationFromByte(unsigned char generationByte);
 
 private:
-    CICContextEvaluator_SysGen();
-    ~CICContextEvaluator_SysGen();
-    CICContextEvaluator_SysGen(const CICContextEvaluator_SysGen&) = delete;
-    CICContextEvaluator_SysGen& operator=(const CICContextEvaluator_SysGen&) = delete;
+    // A library object on this evaluator's platform and device, initialised;
+    // null when it cannot be created. *status: Initialize's answer.
+    BQMIPMIInterfaceImpl* OpenLibrary(int* status);
+
+    IPlatformImpl& m_platform;
+    IIPMIDeviceIO& m_device;
 
     static int m_eSysGeneration;
     static BQMIPMIInterfaceImpl* m_pBQMIPMILibHandle;

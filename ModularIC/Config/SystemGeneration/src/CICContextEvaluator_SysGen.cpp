@@ -31,7 +31,8 @@ _BQMIPMIConfiguration GenerationRequestConfiguration() {
 
 }  // namespace
 
-CICContextEvaluator_SysGen::CICContextEvaluator_SysGen() {}
+CICContextEvaluator_SysGen::CICContextEvaluator_SysGen(IPlatformImpl& platform, IIPMIDeviceIO& device)
+    : m_platform(platform), m_device(device) {}
 
 CICContextEvaluator_SysGen::~CICContextEvaluator_SysGen() {}
 
@@ -75,12 +76,23 @@ int CICContextEvaluator_SysGen::GenerationFromResponse(int requestStatus,
     return GenerationFromByte(response.responseBuffer[kGenerationByteIndex]);
 }
 
+BQMIPMIInterfaceImpl* CICContextEvaluator_SysGen::OpenLibrary(int* status) {
+    BQMIPMIInterfaceImpl* library =
+        new (std::nothrow) BQMIPMIInterfaceImpl(kIPMIDriverUnloadPauseMs, m_platform, m_device);
+    if (library == nullptr) return nullptr;
+    const _BQMIPMIConfiguration configuration = GenerationRequestConfiguration();
+    *status = library->Initialize(&configuration);
+    return library;
+}
+
 bool CICContextEvaluator_SysGen::initIPMILayer() {
     if (m_pBQMIPMILibHandle != nullptr) return true;
-    BQMIPMIInterfaceImpl* library = new (std::nothrow) BQMIPMIInterfaceImpl();
+    CICContextEvaluator_SysGen* evaluator = GetContextEvaluatorInstance();
+    if (evaluator == nullptr) return false;
+    int status = 0;
+    BQMIPMIInterfaceImpl* library = evaluator->OpenLibrary(&status);
     if (library == nullptr) return false;
-    const _BQMIPMIConfiguration configuration = GenerationRequestConfiguration();
-    if (library->Initialize(&configuration) != 0) {
+    if (status != 0) {
         library->Release();
         delete library;
         return false;
@@ -109,11 +121,11 @@ int CICContextEvaluator_SysGen::GetSystemGeneration() {
         request.responseLength = kExpectedResponseLength;
 
         if (m_pBQMIPMILibHandle == nullptr) {
-            m_pBQMIPMILibHandle = new (std::nothrow) BQMIPMIInterfaceImpl();
+            int initialized = 0;
+            m_pBQMIPMILibHandle = OpenLibrary(&initialized);
             if (m_pBQMIPMILibHandle == nullptr) return GEN_IPMI_FAILURE;
-            const _BQMIPMIConfiguration configuration = GenerationRequestConfiguration();
             // The object stays allocated; the next detection finds it.
-            if (m_pBQMIPMILibHandle->Initialize(&configuration) != 0) return GEN_IPMI_FAILURE;
+            if (initialized != 0) return GEN_IPMI_FAILURE;
         }
 
         const int status = m_pBQMIPMILibHandle->IPMIRequest(&request);

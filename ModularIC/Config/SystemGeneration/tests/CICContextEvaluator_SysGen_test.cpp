@@ -43,19 +43,16 @@ protected:
     void SetUp() override {
         ASSERT_TRUE(directory.Ok());
         BQMIPMISession::SetConfigurationFileName(BQMString("BQMIPMIConfig.xml"));
-        ASSERT_NE(evaluator, nullptr);
     }
     void TearDown() override {
         CICContextEvaluator_SysGen::cleanIPMILayer();
-        CICContextEvaluator_SysGen::DeleteContextEvaluatorInstance();
         BQMIPMISessionHandler::DestroyInstance();
     }
-    int Detect(Names& names) { return evaluator->GetSysGenerationInventoryList(names); }
 
     ScopedWorkingDirectory directory;
     FakePlatform platform;
     FakeIPMIDevice device;
-    CICContextEvaluator_SysGen* evaluator = CICContextEvaluator_SysGen::GetContextEvaluatorInstance();
+    CICContextEvaluator_SysGen evaluator{platform, device};
 };
 
 TEST_F(CICContextEvaluatorSysGenTest, NamesTheDetectedGenerationAndEveryOlderOne) {
@@ -77,8 +74,9 @@ TEST_F(CICContextEvaluatorSysGenTest, NamesTheDetectedGenerationAndEveryOlderOne
         FakeIPMIDevice controller;
         FakePlatform shell;
         controller.defaultAnswer = c.answer;
+        CICContextEvaluator_SysGen detector(shell, controller);
         Names names;
-        EXPECT_EQ(Detect(names), c.generation);
+        EXPECT_EQ(detector.GetSysGenerationInventoryList(names), c.generation);
         EXPECT_EQ(names, Oldest(c.names)) << c.generation;
         ASSERT_EQ(controller.sent.size(), c.requests);
         EXPECT_EQ(std::vector<int>(controller.sent[0].head.begin(), controller.sent[0].head.begin() + 2),
@@ -92,13 +90,13 @@ TEST_F(CICContextEvaluatorSysGenTest, NamesTheDetectedGenerationAndEveryOlderOne
 TEST_F(CICContextEvaluatorSysGenTest, FailuresSelectEveryGeneration) {
     device.failSend = true;
     Names names;
-    EXPECT_EQ(Detect(names), 1001);
+    EXPECT_EQ(evaluator.GetSysGenerationInventoryList(names), 1001);
     EXPECT_EQ(names, Oldest(6));
-    EXPECT_EQ(evaluator->GetSysGeneration(), "GenFailure");
+    EXPECT_EQ(evaluator.GetSysGeneration(), "GenFailure");
 
     device.openable.clear();
     testing::internal::CaptureStderr();
-    EXPECT_EQ(evaluator->GetSystemGeneration(), 1001);
+    EXPECT_EQ(evaluator.GetSystemGeneration(), 1001);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "Can't open IPMI device\n");
     EXPECT_EQ(platform.sleeps, std::vector<unsigned long>(5, 1000));
 
@@ -106,29 +104,10 @@ TEST_F(CICContextEvaluatorSysGenTest, FailuresSelectEveryGeneration) {
     FakePlatform noTools;  // fails before the device; the library left behind costs nothing more
     noTools.defaultStatus = FakePlatform::kNotFound;
     FakeIPMIDevice untouched;
-    for (int i = 0; i < 2; ++i) EXPECT_EQ(evaluator->GetSystemGeneration(), 1001);
+    CICContextEvaluator_SysGen withoutTools(noTools, untouched);
+    for (int i = 0; i < 2; ++i) EXPECT_EQ(withoutTools.GetSystemGeneration(), 1001);
     EXPECT_EQ(noTools.commands.size(), 6u);
     EXPECT_TRUE(untouched.opened.empty() && noTools.sleeps.empty());
-    CICContextEvaluator_SysGen::cleanIPMILayer();
-    EXPECT_FALSE(CICContextEvaluator_SysGen::initIPMILayer());
-}
-
-TEST_F(CICContextEvaluatorSysGenTest, PreparedLibraryIsUsedOnceAndSingletonLivesUntilDeleted) {
-    device.defaultAnswer = FakeIPMIDevice::Generation(0x00, 0x51);
-    ASSERT_TRUE(CICContextEvaluator_SysGen::initIPMILayer());
-    ASSERT_TRUE(CICContextEvaluator_SysGen::initIPMILayer());
-    EXPECT_EQ(evaluator->GetSysGeneration(), "GenSixteenG");
-    EXPECT_EQ(device.opened.size(), 1u);
-    EXPECT_EQ(device.closed.size(), 1u);
-    ASSERT_TRUE(CICContextEvaluator_SysGen::initIPMILayer());
-    EXPECT_EQ(CICContextEvaluator_SysGen::cleanIPMILayer(), 0);
-    EXPECT_EQ(CICContextEvaluator_SysGen::cleanIPMILayer(), 0);
-    EXPECT_EQ(device.closed.size(), 2u);
-
-    EXPECT_EQ(CICContextEvaluator_SysGen::GetContextEvaluatorInstance(), evaluator);
-    CICContextEvaluator_SysGen::DeleteContextEvaluatorInstance();
-    evaluator = CICContextEvaluator_SysGen::GetContextEvaluatorInstance();
-    EXPECT_NE(evaluator, nullptr);
 }
 
 }  // namespace

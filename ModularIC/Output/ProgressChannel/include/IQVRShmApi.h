@@ -7,7 +7,7 @@
 
 // The System V shared-memory calls the progress channel makes, behind one seam
 // so tests can fake them. The real implementation passes each call straight to
-// the C library and is in use unless a test replaces it.
+// the C library; the channel's reader and writer take one in their constructors.
 class IQVRShmApi {
 public:
     virtual ~IQVRShmApi() = default;
@@ -19,13 +19,8 @@ public:
     virtual int Detach(const void* address) = 0;
     // shmctl(id, IPC_RMID): 0, or -1.
     virtual int Remove(int id) = 0;
-};
 
-// The seam in use (never null).
-IQVRShmApi* QVRGetShmApi();
-// Replaces the seam for the whole process and returns the one it replaced; null
-// restores the real calls. Not synchronised with calls in flight: tests swap it
-// while no channel call runs.
-IQVRShmApi* QVRSetShmApi(IQVRShmApi* api);
+    static IQVRShmApi& Real();
+};
 
 #endif

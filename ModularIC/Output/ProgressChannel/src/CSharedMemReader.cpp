@@ -10,7 +10,7 @@ int g_noSegment[2] = {0, 0};
 }  // namespace
 
 int* CSharedMemReader::ReadData() {
-    IQVRShmApi* api = QVRGetShmApi();
+    IQVRShmApi* api = &m_api;
     InvSMID = api->Get(QVR_PROGRESS_SHM_KEY, QVR_PROGRESS_SHM_SIZE, QVR_PROGRESS_SHM_FLAGS);
     eVKReader = nullptr;
     if (InvSMID != -1) {
@@ -25,7 +25,7 @@ int* CSharedMemReader::ReadData() {
 }
 
 void CSharedMemReader::CleanUP() {
-    IQVRShmApi* api = QVRGetShmApi();
+    IQVRShmApi* api = &m_api;
     if (eVKReader != nullptr) api->Detach(eVKReader);
     eVKReader = nullptr;
     if (InvSMID != -1) api->Remove(InvSMID);

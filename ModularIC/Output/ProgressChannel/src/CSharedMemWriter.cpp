@@ -6,7 +6,7 @@
 #include "QVRSharedMemGlobals.h"
 
 bool CSharedMemWriter::WriteToSharedMem(int total, int completed) {
-    IQVRShmApi* api = QVRGetShmApi();
+    IQVRShmApi* api = &m_api;
     const int id = api->Get(QVR_PROGRESS_SHM_KEY, QVR_PROGRESS_SHM_SIZE, QVR_PROGRESS_SHM_FLAGS);
     if (id == -1) return false;
     void* address = api->Attach(id);

@@ -1,7 +1,5 @@
 #include <sys/shm.h>
 
-#include <atomic>
-
 #include "IQVRShmApi.h"
 #include "QVRSharedMemGlobals.h"
 
@@ -19,11 +17,9 @@ public:
     int Remove(int id) override { return shmctl(id, IPC_RMID, nullptr); }
 };
 
-QVRRealShmApi g_realApi;
-std::atomic<IQVRShmApi*> g_api{&g_realApi};
-
 }  // namespace
 
-IQVRShmApi* QVRGetShmApi() { return g_api.load(); }
-
-IQVRShmApi* QVRSetShmApi(IQVRShmApi* api) { return g_api.exchange(api != nullptr ? api : &g_realApi); }
+IQVRShmApi& IQVRShmApi::Real() {
+    static QVRRealShmApi real;
+    return real;
+}

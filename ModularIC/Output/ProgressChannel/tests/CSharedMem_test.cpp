@@ -11,9 +11,8 @@ namespace {
 class SharedMemChannel : public ::testing::Test {
 protected:
     FakeShmApi fake;
-    ScopedShmApi scope{&fake};
-    CSharedMemWriter writer;
-    CSharedMemReader reader;
+    CSharedMemWriter writer{fake};
+    CSharedMemReader reader{fake};
 };
 
 TEST_F(SharedMemChannel, WriterAttachesAnewEachTimeNeverDetachesAndReaderSeesBothCounters) {

@@ -112,16 +112,4 @@ private:
     std::map<int, key_t> m_keys;
 };
 
-// Installs a fake for the life of a scope and restores the previous seam.
-class ScopedShmApi {
-public:
-    explicit ScopedShmApi(IQVRShmApi* api) : m_previous(QVRSetShmApi(api)) {}
-    ~ScopedShmApi() { QVRSetShmApi(m_previous); }
-    ScopedShmApi(const ScopedShmApi&) = delete;
-    ScopedShmApi& operator=(const ScopedShmApi&) = delete;
-
-private:
-    IQVRShmApi* m_previous;
-};
-
 #endif
