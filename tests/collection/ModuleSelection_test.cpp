@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <regex>
 
 #include "CollectionSupport.h"
 
@@ -107,6 +108,42 @@ TEST_F(ModuleSelectionTest, GenerationNodesFollowTheDetectedGeneration) {
         ForgetRan();
         EXPECT_EQ(Run({}, row.environment).exitStatus, 0);
         EXPECT_EQ(Ran(true), row.ran);
+    }
+}
+
+// What the real device calls and module tools see of one detection, with the
+// drivers already loaded: one request, the three checks, nothing loaded or
+// unloaded; the marker file turns the library's log on.
+TEST_F(ModuleSelectionTest, TheGenerationRequestReachesTheDeviceAsSentAndLoadedDriversStayLoaded) {
+    Install(GenericOnly({Marking("g")}));
+    const std::string log = dir.PathOf("sim.log");
+    for (bool marker : {false, true}) {
+        SCOPED_TRACE(marker ? "marker file" : "no marker file");
+        if (marker) dir.WriteFile("kpxdebuglog", "");
+        dir.WriteFile("sim.log", "");
+        const e2e::ProcessResult result = Run({}, {{"IPMISIM_LOG", log}, {"IPMISIM_GEN", "0x30"}});
+        EXPECT_EQ(result.exitStatus, 0);
+        EXPECT_EQ(result.err, "");
+        const std::string lines = dir.ReadFile("sim.log");
+        for (const char* pattern :
+             {"(^|\\n)open /dev/ipmi0 rdwr=1 cloexec=1\\n",
+              "\\nsend netfn=0x30 cmd=0xbd data_len=0 data= msgid=[0-9]+ addr_type=0x0c channel=0x0f lun=0 "
+              "addr_len=8\\nrecv msgid=[^\\n]*\\nclose\\n"})
+            EXPECT_TRUE(std::regex_search(lines, std::regex(pattern))) << pattern << "\n" << lines;
+        std::size_t checks = 0;
+        for (std::size_t at = lines.find("shell lsmod"); at != std::string::npos;
+             at = lines.find("shell lsmod", at + 1))
+            ++checks;
+        EXPECT_EQ(checks, 3u);
+        EXPECT_EQ(lines.find("shell modprobe") + lines.find("shell rmmod"), 2 * std::string::npos) << lines;
+        EXPECT_EQ(dir.Exists("bqmipmi_internal.log"), marker);
+        if (marker) {
+            EXPECT_NE(
+                dir.ReadFile("bqmipmi_internal.log")
+                    .find("IPMI Request :  0x30 0xbd      IPMI Response :   0x31 0xbd 0x00 0x00 0x00 0x00 "
+                          "0x00 0x00 0x30\n"),
+                std::string::npos);
+        }
     }
 }
 

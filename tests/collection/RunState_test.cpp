@@ -86,5 +86,19 @@ TEST_F(RunStateTest, AfterARunProgressReportsNoInstanceAndEqualCountersRemoveThe
     }
 }
 
+TEST_F(RunStateTest, HelpAndCommandLineErrorsNeverWaitForTheLockAndAStaleLockFileBlocksNothing) {
+    Install(GenericOnly({Module{"dev", Emit(DeviceDoc("1"))}}));
+    {
+        e2e::ExternalFileLock holder(kLockFile);
+        ExpectResult(Run({"-outf=xml"}), 35, "", "Option argument is Invalid\n");
+        EXPECT_EQ(Run({"--help", "-outc=inv.xml"}).exitStatus, 0);
+    }
+    // The holder's process has ended; its file stays behind without a lock on it.
+    ASSERT_TRUE(e2e::PathExists(kLockFile));
+    ExpectResult(Run({"-p"}), 0, "", "No Instance of Inventory Collector is active \n");
+    { e2e::ExternalFileLock holder(kLockFile); }
+    EXPECT_EQ(Run({"-outc=" + dir.PathOf("inv.xml")}).exitStatus, 1);
+}
+
 }  // namespace
 }  // namespace collection

@@ -52,12 +52,10 @@ void MakePipe(Fd& readEnd, Fd& writeEnd) {
 
 std::vector<std::string> BuildEnvironment(const RunOptions& options) {
     std::map<std::string, std::string> variables;
-    if (options.inheritEnvironment) {
-        for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry) {
-            const std::string text(*entry);
-            const std::string::size_type equals = text.find('=');
-            if (equals != std::string::npos) variables[text.substr(0, equals)] = text.substr(equals + 1);
-        }
+    for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry) {
+        const std::string text(*entry);
+        const std::string::size_type equals = text.find('=');
+        if (equals != std::string::npos) variables[text.substr(0, equals)] = text.substr(equals + 1);
     }
     for (const auto& variable : options.environment) variables[variable.first] = variable.second;
     std::vector<std::string> environment;

@@ -21,10 +21,8 @@ struct RunOptions {
     std::vector<std::string> args;
     // Where the child starts; empty keeps the caller's directory.
     std::string workingDirectory;
-    // Variables set for the child on top of the inherited environment (or
-    // instead of it, with inheritEnvironment false), e.g. PATH or LD_PRELOAD.
+    // Variables set for the child on top of the inherited environment.
     std::map<std::string, std::string> environment;
-    bool inheritEnvironment = true;
     // argv[0]; empty means the program path.
     std::string argv0;
     // The child's whole process group is killed when this runs out.
