@@ -1,8 +1,11 @@
 #include "FirmwareInventory.h"
 
+#include <cerrno>
+#include <map>
 #include <string>
 #include <vector>
 
+#include "TpmCapability.h"
 #include "svm/PciIdDatabase.h"
 #include "svm/TextUtil.h"
 
@@ -173,11 +176,54 @@ void CollectThunderbolt(const Sysfs& fs, SvmDocument& doc) {
     }
 }
 
+void CollectTpm(const Sysfs& fs, SvmDocument& doc, ITpmDevice& tpm) {
+    // Only TPM 2.0 chips have the resource manager's device; it lets us share
+    // the chip with other users.
+    const std::string path = "/dev/tpmrm0";
+    if (!fs.Exists(path)) return;
+    std::map<uint32_t, uint32_t> properties;
+    uint32_t next = kTpmPtManufacturer;
+    // A TPM may hand out fewer properties than asked for: ask again after the last one it gave.
+    for (int round = 0; round < 3 && properties.count(kTpmPtFirmwareVersion2) == 0; ++round) {
+        std::vector<uint8_t> response;
+        std::string error;
+        const int rc = tpm.Transact(
+            fs.Path(path), GetTpmPropertiesCommand(next, kTpmPtFirmwareVersion2 - next + 1), response, error);
+        if (rc == ENOENT) return;  // gone since we looked
+        bool more = false;
+        if (rc != 0 || !ParseTpmPropertiesResponse(response, properties, more, error)) {
+            doc.AddFailure(std::string(kPrefix) +
+                           (rc != 0 ? error : "TPM2_GetCapability on " + path + ": " + error));
+            return;
+        }
+        if (!more || properties.empty()) break;
+        const uint32_t last = properties.rbegin()->first;
+        if (last < next || last >= kTpmPtFirmwareVersion2) break;
+        next = last + 1;
+    }
+    if (properties.count(kTpmPtFirmwareVersion1) == 0 || properties.count(kTpmPtFirmwareVersion2) == 0) {
+        doc.AddFailure(std::string(kPrefix) + "TPM2_GetCapability on " + path +
+                       ": no firmware version in the answer");
+        return;
+    }
+    const std::string maker =
+        properties.count(kTpmPtManufacturer) ? TpmManufacturerText(properties[kTpmPtManufacturer]) : "";
+    NonPciDeviceInfo info;
+    info.display = maker.empty() ? "TPM 2.0" : "TPM 2.0 (" + maker + ")";
+    info.fqdd = "TPM.tpm0";
+    doc.AddApplication(
+        doc.AddNonPciDevice(info),
+        {"FRMW",
+         FormatTpmFirmwareVersion(properties[kTpmPtFirmwareVersion1], properties[kTpmPtFirmwareVersion2]),
+         "TPM firmware"});
+}
+
 }  // namespace
 
-void CollectFirmwareInventory(const ModuleOptions& options, SvmDocument& doc) {
+void CollectFirmwareInventory(const ModuleOptions& options, SvmDocument& doc, ITpmDevice& tpm) {
     Sysfs fs(options.root);
     CollectEsrt(fs, doc);
+    CollectTpm(fs, doc, tpm);
     std::vector<PciFirmware> found;
     CollectInfiniband(fs, doc, found);
     CollectGpus(fs, doc, found);

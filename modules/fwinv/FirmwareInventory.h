@@ -1,6 +1,7 @@
 #ifndef SVM_FIRMWAREINVENTORY_H
 #define SVM_FIRMWAREINVENTORY_H
 
+#include "ITpmDevice.h"
 #include "svm/ModuleMain.h"
 #include "svm/SvmDocument.h"
 
@@ -8,10 +9,11 @@ namespace svm {
 
 // Firmware the other modules do not see: what the platform declares for
 // capsule updates (UEFI ESRT), InfiniBand/RDMA adapters, GPUs (video BIOS),
-// SAS, RAID and Fibre Channel host adapters, and Thunderbolt controllers. A
+// SAS, RAID and Fibre Channel host adapters, Thunderbolt controllers, and the
+// TPM 2.0 (TPM2_GetCapability through tpm on /dev/tpmrm0 below the root). A
 // source that is not there is skipped; one that cannot be read is a failure
 // naming the path and the reason.
-void CollectFirmwareInventory(const ModuleOptions& options, SvmDocument& doc);
+void CollectFirmwareInventory(const ModuleOptions& options, SvmDocument& doc, ITpmDevice& tpm);
 
 }  // namespace svm
 

@@ -1,7 +1,9 @@
 #include "StorageInventory.h"
 
+#include <ostream>
 #include <vector>
 
+#include "NvmeFirmwareLog.h"
 #include "svm/PciIdDatabase.h"
 #include "svm/TextUtil.h"
 
@@ -13,7 +15,28 @@ bool IsAtaPort(const std::string& part) {
     return part.find_first_not_of("0123456789", 3) == std::string::npos;
 }
 
-void CollectNvme(const Sysfs& fs, SvmDocument& doc) {
+// The revision the controller runs now: its active firmware slot, which an
+// update changes at once, whereas firmware_rev keeps the revision read at probe
+// time until the next reset. firmware_rev is the fallback.
+bool NvmeFirmware(const Sysfs& fs, const std::string& name, INvmeAdmin& admin, std::ostream& log,
+                  std::string& firmware, std::string& error) {
+    std::vector<uint8_t> page;
+    std::string why;
+    unsigned slot = 0;
+    if (admin.GetLogPage(fs.Path("/dev/" + name), kFirmwareSlotLogId, kFirmwareSlotLogSize, page, why) == 0 &&
+        ActiveFirmwareRevision(page, slot, firmware, why)) {
+        log << "storageinv: " << name << ": firmware " << firmware
+            << " from the firmware slot log, active slot " << slot << "\n";
+        return true;
+    }
+    if (!fs.ReadLine("/sys/class/nvme/" + name + "/firmware_rev", firmware, error)) return false;
+    firmware = CleanText(firmware);
+    log << "storageinv: " << name << ": firmware " << firmware << " from sysfs firmware_rev ("
+        << CleanText(why) << ")\n";
+    return true;
+}
+
+void CollectNvme(const Sysfs& fs, SvmDocument& doc, INvmeAdmin& admin, std::ostream& log) {
     std::vector<std::string> controllers;
     std::string error;
     // No NVMe driver loaded: nothing to report.
@@ -26,7 +49,7 @@ void CollectNvme(const Sysfs& fs, SvmDocument& doc) {
         const std::string dir = "/sys/class/nvme/" + name;
         std::string model, firmware;
         if (!fs.ReadLine(dir + "/model", model, error) ||
-            !fs.ReadLine(dir + "/firmware_rev", firmware, error)) {
+            !NvmeFirmware(fs, name, admin, log, firmware, error)) {
             doc.AddFailure("Storage inventory: " + error);
             continue;
         }
@@ -41,7 +64,7 @@ void CollectNvme(const Sysfs& fs, SvmDocument& doc) {
         info.display = model.empty() ? "NVMe controller" : model;
         info.fqdd = fqdd;
         SvmDocument::DeviceRef device = doc.AddNonPciDevice(info);
-        if (!CleanText(firmware).empty()) doc.AddApplication(device, {"FRMW", firmware, info.display});
+        if (!firmware.empty()) doc.AddApplication(device, {"FRMW", firmware, info.display});
     }
 }
 
@@ -94,9 +117,10 @@ std::string DiskFqdd(const std::string& devicePath) {
     return "Disk." + pci + ".scsi-" + hctl;
 }
 
-void CollectStorageInventory(const ModuleOptions& options, SvmDocument& doc) {
+void CollectStorageInventory(const ModuleOptions& options, SvmDocument& doc, INvmeAdmin& admin,
+                             std::ostream& log) {
     Sysfs fs(options.root);
-    CollectNvme(fs, doc);
+    CollectNvme(fs, doc, admin, log);
     CollectScsi(fs, doc);
 }
 

@@ -1,7 +1,13 @@
+#include <iostream>
+
+#include "LinuxNvmeAdmin.h"
 #include "StorageInventory.h"
 
 int main(int argc, char** argv) {
     return svm::RunModule(argc, argv, "storageinv",
                           "Lists the firmware revisions of NVMe controllers and SCSI, SATA and SAS disks.",
-                          svm::CollectStorageInventory);
+                          [](const svm::ModuleOptions& options, svm::SvmDocument& doc) {
+                              svm::LinuxNvmeAdmin admin;
+                              svm::CollectStorageInventory(options, doc, admin, std::cerr);
+                          });
 }

@@ -1,5 +1,6 @@
 // pciinv, nicinv and storageinv over fake sysfs trees.
 #include <cerrno>
+#include <sstream>
 
 #include "ModuleTestSupport.h"
 #include "NicInventory.h"
@@ -144,6 +145,36 @@ TEST_F(NicInventoryTest, IoctlFailuresAreReportedUnlessUnsupported) {
                 ElementsAre(HasSubstr("/sys/class/net")));
 }
 
+// Answers the firmware slot log for the controllers it knows, ENOENT (no
+// device node) for the others.
+struct FakeNvmeAdmin : INvmeAdmin {
+    std::map<std::string, std::vector<uint8_t>> pages;  // by controller name
+    std::map<std::string, int> failures;
+    Strings asked;
+    int GetLogPage(const std::string& device, uint8_t logId, size_t size, std::vector<uint8_t>& page,
+                   std::string& error) override {
+        asked.push_back(device);
+        const std::string name = device.substr(device.rfind('/') + 1);
+        error = "ioctl on " + device + ": fake failure";
+        if (logId != 0x03 || size != 512) return EINVAL;
+        if (failures.count(name)) return failures[name];
+        if (!pages.count(name)) return ENOENT;
+        page = pages[name];
+        return 0;
+    }
+};
+
+// A firmware slot information page: AFI byte, then the revisions of slots 1 to 7.
+std::vector<uint8_t> SlotLog(uint8_t afi, std::vector<std::string> slots) {
+    std::vector<uint8_t> page(512, 0);
+    page[0] = afi;
+    for (size_t i = 0; i < slots.size(); ++i) {
+        slots[i].resize(8, ' ');
+        std::copy(slots[i].begin(), slots[i].end(), page.begin() + 8 + 8 * i);
+    }
+    return page;
+}
+
 class StorageInventoryTest : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -174,11 +205,14 @@ protected:
             root.Write(path + file, value + "   \n");
         Disk(path + "/block/" + name, "../../../" + path.substr(path.rfind('/') + 1), name);
     }
+    std::string Run() { return Collect(CollectStorageInventory, root, admin, log); }
     FakeRoot root;
+    FakeNvmeAdmin admin;
+    std::ostringstream log;
 };
 
 TEST_F(StorageInventoryTest, ReportsNvmeAndScsiFirmwareAsNonPciDevices) {
-    const std::string xml = Collect(CollectStorageInventory, root);
+    const std::string xml = Run();
     const char* const expected[][3] = {
         {"NVMe.0000:01:00.0", "Fast NVMe 1TB", "2B2QEXM7"},
         {"Disk.0000:00:17.0.ata-3", "SSD <Pro> & Co", "DL43"},  // "ATA" left out
@@ -198,12 +232,62 @@ TEST_F(StorageInventoryTest, ReportsNvmeAndScsiFirmwareAsNonPciDevices) {
 
 TEST_F(StorageInventoryTest, UnreadableFirmwareOrMissingBlockClassIsReported) {
     std::filesystem::remove(root.path + "/sys/devices/pci0000:00/0000:01:00.0/nvme/nvme0/firmware_rev");
-    const std::string xml = Collect(CollectStorageInventory, root);
+    const std::string xml = Run();
     EXPECT_EQ(2u, Select(xml, "//Device").size());
     EXPECT_THAT(Failures(xml), ElementsAre(HasSubstr("firmware_rev")));
     FakeRoot empty;
-    EXPECT_THAT(Failures(Collect(CollectStorageInventory, empty)),
+    EXPECT_THAT(Failures(Collect(CollectStorageInventory, empty, admin, log)),
                 ElementsAre(HasSubstr("/sys/class/block")));
+}
+
+TEST_F(StorageInventoryTest, NvmeFirmwareIsTheActiveSlotsRevisionElseSysfsWithTheSourceLogged) {
+    const std::string nvme = "/sys/devices/pci0000:00/0000:02:00.0/nvme/nvme1";
+    root.Write(nvme + "/model", "Second NVMe\n");
+    root.Write(nvme + "/firmware_rev", "OLD1\n");
+    root.Write(nvme + "/address", "0000:02:00.0\n");
+    root.Link("../.." + nvme.substr(4), "/sys/class/nvme/nvme1");
+    // nvme0 was updated from slot 1 to slot 2 and not yet reset: sysfs still shows the old revision.
+    admin.pages["nvme0"] = SlotLog(0x02, {"2B2QEXM7", "3B2QEXM7"});
+    const struct {
+        const char* name;
+        std::vector<uint8_t> page;  // of nvme1
+        int failure;                // of nvme1's ioctl
+        const char* version;
+        const char* logged;
+    } rows[] = {
+        {"slot 1, blank padded", SlotLog(0x01, {"1.0"}), 0, "1.0", "the firmware slot log, active slot 1"},
+        {"slot 7", SlotLog(0x07, {"a", "b", "c", "d", "e", "f", "GDC5602Q"}), 0, "GDC5602Q",
+         "the firmware slot log, active slot 7"},
+        {"next reset bits ignored", SlotLog(0x31, {"NEW", "", "PENDING"}), 0, "NEW",
+         "the firmware slot log, active slot 1"},
+        {"no active slot", SlotLog(0x00, {"1.0"}), 0, "OLD1",
+         "sysfs firmware_rev (firmware slot log names no active"},
+        {"blank active slot", SlotLog(0x02, {"1.0", "    "}), 0, "OLD1",
+         "sysfs firmware_rev (active slot 2 has no"},
+        {"short page", std::vector<uint8_t>(16, 1), 0, "OLD1",
+         "sysfs firmware_rev (firmware slot log of 16 bytes"},
+        {"control and invalid bytes", SlotLog(0x01, {std::string("1.\x01\xff\x80") + "Z"}), 0, "1. ??Z",
+         "the firmware slot log, active slot 1"},
+        {"no permission", {}, EACCES, "OLD1", "sysfs firmware_rev (ioctl on "},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        admin.pages["nvme1"] = row.page;
+        admin.failures.clear();
+        if (row.failure) admin.failures["nvme1"] = row.failure;
+        log.str("");
+        const std::string xml = Run();
+        EXPECT_THAT(Failures(xml), ElementsAre());
+        EXPECT_EQ(Select(xml, "//Device[@FQDD='NVMe.0000:01:00.0']/Application")[0]["version"], "3B2QEXM7");
+        auto apps = Select(xml, "//Device[@FQDD='NVMe.0000:02:00.0']/Application");
+        ASSERT_EQ(apps.size(), 1u) << xml;
+        EXPECT_EQ(apps[0]["version"], row.version);
+        EXPECT_THAT(log.str(), HasSubstr("storageinv: nvme0: firmware 3B2QEXM7 from the firmware slot log"));
+        EXPECT_THAT(log.str(),
+                    HasSubstr(std::string("nvme1: firmware ") + row.version + " from " + row.logged));
+    }
+    // The ioctl goes to each controller's own character device below the root.
+    EXPECT_THAT(admin.asked, testing::Contains(root.path + "/dev/nvme1"));
 }
 
 TEST(DiskFqddTest, Builds) {

@@ -1,5 +1,6 @@
 #!/bin/sh
-# Builds the guest's initramfs: busybox, dash as /bin/sh, ethtool, the staged
+# Builds the guest's initramfs: busybox, dash as /bin/sh, ethtool, nvme and
+# tpm2_getcap (with the TPM library's device transport), the staged
 # collector with its modules and every shared library they need, the IPMI, NVMe
 # and e1000e kernel modules of the unpacked Debian kernel with their
 # dependencies, and the guest's init.
@@ -37,6 +38,16 @@ rm -f "$root/bin/sh"
 copy_with_libs /bin/dash /bin/dash
 ln -s dash "$root/bin/sh"
 copy_with_libs /usr/sbin/ethtool /usr/sbin/ethtool
+copy_with_libs /usr/sbin/nvme /usr/sbin/nvme
+copy_with_libs /usr/bin/tpm2 /usr/bin/tpm2
+ln -s tpm2 "$root/usr/bin/tpm2_getcap"
+# Loaded by name at run time, so ldd does not list it.
+for lib in /usr/lib/x86_64-linux-gnu/libtss2-tcti-device.so.0 /lib/x86_64-linux-gnu/libtss2-tcti-device.so.0; do
+    [ -e "$lib" ] || continue
+    mkdir -p "$root$(dirname "$lib")"
+    copy_with_libs "$lib" "$lib"
+    break
+done
 mkdir -p "$root/opt/sorvik"
 cp -r "$stage/." "$root/opt/sorvik/"
 for program in "$root"/opt/sorvik/sbin/* "$root"/opt/sorvik/libexec/sorvik/*/*; do

@@ -43,6 +43,17 @@ echo "@@GUEST dmi_bios_version=$(cat /sys/class/dmi/id/bios_version 2>/dev/null)
 echo "@@GUEST dmi_bios_vendor=$(cat /sys/class/dmi/id/bios_vendor 2>/dev/null)"
 echo "@@GUEST dmi_product=$(cat /sys/class/dmi/id/product_name 2>/dev/null)"
 echo "@@GUEST nvme_firmware_rev=$(cat /sys/class/nvme/nvme0/firmware_rev 2>/dev/null | tr -d ' ')"
+# The NVMe controller's firmware slot log and the TPM's fixed properties, as
+# the tools show them, and where the storage module took the NVMe revision from.
+nvme fw-log /dev/nvme0 2>&1 | sed 's/^/@@GUEST nvme_fw_log=/'
+echo "@@GUEST storageinv_log=$(cd /opt/sorvik/libexec/sorvik/storageinv && ./storageinv 2>&1 >/dev/null | tr '\n' ';')"
+if [ -e /dev/tpmrm0 ]; then
+    tpm2_getcap -T device:/dev/tpmrm0 properties-fixed > /tmp/tpmcap 2>&1
+    echo "@@GUEST tpm_getcap_status=$?"
+    echo "@@GUEST tpm_manufacturer=$(sed -n '/^TPM2_PT_MANUFACTURER:/,/value:/s/.*value: "\(.*\)"/\1/p' /tmp/tpmcap)"
+    echo "@@GUEST tpm_fw1=$(sed -n '/^TPM2_PT_FIRMWARE_VERSION_1:/{n;s/.*raw: //p;}' /tmp/tpmcap)"
+    echo "@@GUEST tpm_fw2=$(sed -n '/^TPM2_PT_FIRMWARE_VERSION_2:/{n;s/.*raw: //p;}' /tmp/tpmcap)"
+fi
 echo "@@GUEST nic_firmware=$(ethtool -i eth0 2>/dev/null | sed -n 's/^firmware-version: //p')"
 echo "@@GUEST nic_driver=$(ethtool -i eth0 2>/dev/null | sed -n 's/^driver: //p')"
 

@@ -1,15 +1,22 @@
 #!/bin/sh
 # The collector on a real Linux kernel: boots the Debian kernel under QEMU with
-# a simulated management controller (KCS), SMBIOS strings, an NVMe disk and an
-# e1000e NIC, runs the collector in each IPMI module state and checks what it
-# reports and leaves behind against what the guest itself shows.
+# a simulated management controller (KCS), SMBIOS strings, an NVMe disk, an
+# e1000e NIC and a software TPM 2.0 on the TIS interface, runs the collector in
+# each IPMI module state and checks what it reports and leaves behind against
+# what the guest itself shows.
 # Usage: run-vm-test.sh BUILD_DIR KERNEL_TREE
 set -eu
 build=$1 tree=$2
 here=$(cd "$(dirname "$0")" && pwd)
 top=$(cd "$here/../.." && pwd)
 work=$(mktemp -d /tmp/sorvik-vm.XXXXXX)
-trap 'rm -rf "$work"' EXIT
+swtpm_pid=""
+cleanup() {
+    # The emulator has usually ended with QEMU already.
+    if [ -n "$swtpm_pid" ]; then kill "$swtpm_pid" 2>/dev/null || true; fi
+    rm -rf "$work"
+}
+trap cleanup EXIT
 
 cmake -S "$top" -B "$build" -G Ninja -DSORVIK_BUILD_TESTS=OFF >/dev/null
 cmake --build "$build" --target sorvik sorvik_modules >/dev/null
@@ -36,9 +43,19 @@ boot() {  # console-file states [qemu options...]
     grep -aq '^@@DONE' "$console" || { echo "FAIL: the guest did not finish ($console):"; tail -20 "$console"; exit 1; }
 }
 
+# The TPM for the first boot: QEMU drives it over the control socket and the
+# emulator ends when QEMU closes that socket.
+mkdir "$work/tpm"
+swtpm socket --tpm2 --tpmstate dir="$work/tpm" --ctrl type=unixio,path="$work/tpm/ctrl" --terminate \
+    >"$work/swtpm.log" 2>&1 &
+swtpm_pid=$!
+for _ in 1 2 3 4 5 6 7 8 9 10; do [ -S "$work/tpm/ctrl" ] && break; sleep 0.5; done
+
 start=$(date +%s)
 boot "$work/bmc.txt" none,udev,all,esx,generation \
-    -device ipmi-bmc-sim,id=bmc0,fwrev1=2,fwrev2=0x17 -device isa-ipmi-kcs,bmc=bmc0
+    -device ipmi-bmc-sim,id=bmc0,fwrev1=2,fwrev2=0x17 -device isa-ipmi-kcs,bmc=bmc0 \
+    -chardev socket,id=chrtpm,path="$work/tpm/ctrl" -tpmdev emulator,id=tpm0,chardev=chrtpm \
+    -device tpm-tis,tpmdev=tpm0
 boot "$work/nobmc.txt" nocontroller
 echo "two boots in $(( $(date +%s) - start )) s ($accel)"
 
@@ -85,14 +102,58 @@ expect "esx: module commands" "$(commands "$work/bmc.txt" esx)" ""
 for state in none udev all; do
     expect "$state: BIOS version" "$(app_version "$work/bmc.txt" "$state" 'FQDD="BIOS.System.1"')" \
         "$(guest "$work/bmc.txt" dmi_bios_version)"
-    expect "$state: NVMe firmware" "$(app_version "$work/bmc.txt" "$state" 'FQDD="NVMe.')" \
-        "$(guest "$work/bmc.txt" nvme_firmware_rev)"
     expect "$state: NIC firmware" "$(app_version "$work/bmc.txt" "$state" 'display="Intel Corporation 82574L')" \
         "$(guest "$work/bmc.txt" nic_firmware)"
     # Get Device ID: firmware revision 2 (major) and 0x17 (BCD minor) as set on the device.
     expect "$state: management controller firmware" "$(app_version "$work/bmc.txt" "$state" 'FQDD="BMC.Embedded.1"')" "2.17"
 done
 expect "guest BIOS version" "$(guest "$work/bmc.txt" dmi_bios_version)" "2.19.7"
+
+# NVMe: the revision in the active slot of the firmware slot log, as nvme-cli
+# shows it: "afi : 0x1" and "frs1 : 0x2020202020302e31 (1.0.....)", the
+# slot's 8 bytes as a little-endian number (the text in parentheses shows
+# blanks as dots). QEMU's controller gives its firmware_rev (its own version)
+# and the log's slot 1 different texts.
+fw_log=$(tr -d '\r' < "$work/bmc.txt" | sed -n 's/^@@GUEST nvme_fw_log=//p')
+active=$(echo "$fw_log" | sed -n 's/^afi *: *0x\([0-9a-f]*\).*/\1/p' | head -1)
+hex=$(echo "$fw_log" | sed -n "s/^frs$((0x${active:-0} & 7)) *: *0x\([0-9a-f]*\).*/\1/p" | head -1)
+slot_revision=""
+[ $((${#hex} % 2)) -eq 0 ] || hex=0$hex
+while [ -n "$hex" ]; do  # the lowest byte is the first character
+    byte=${hex#"${hex%??}"}
+    hex=${hex%??}
+    slot_revision=$slot_revision$(printf "\\$(printf %o "0x$byte")")
+done
+slot_revision=$(echo "$slot_revision" | sed 's/ *$//')
+[ -n "$slot_revision" ] || fail "the guest shows no active firmware slot revision: $fw_log"
+echo "NVMe: active slot revision '$slot_revision', sysfs firmware_rev '$(guest "$work/bmc.txt" nvme_firmware_rev)'"
+for state in none udev all; do
+    expect "$state: NVMe firmware (active slot)" "$(app_version "$work/bmc.txt" "$state" 'FQDD="NVMe.')" \
+        "$slot_revision"
+done
+expect "NVMe source in storageinv's log" \
+    "$(guest "$work/bmc.txt" storageinv_log | grep -o 'from the firmware slot log, active slot [0-9]')" \
+    "from the firmware slot log, active slot $((0x${active:-0} & 7))"
+
+# TPM: the two firmware words and the vendor as tpm2_getcap shows them.
+fw1=$(guest "$work/bmc.txt" tpm_fw1) fw2=$(guest "$work/bmc.txt" tpm_fw2)
+if [ -z "$fw1" ] || [ -z "$fw2" ]; then
+    fail "the guest shows no TPM firmware version (tpm2_getcap status $(guest "$work/bmc.txt" tpm_getcap_status))"
+else
+    tpm_version=$(printf '%d.%d.%d.%d' $((fw1 >> 16)) $((fw1 & 0xffff)) $((fw2 >> 16)) $((fw2 & 0xffff)))
+    for state in none udev all; do
+        expect "$state: TPM firmware" "$(app_version "$work/bmc.txt" "$state" 'FQDD="TPM.tpm0"')" "$tpm_version"
+        section "$work/bmc.txt" "$state" | grep -aq "display=\"TPM 2.0 ($(guest "$work/bmc.txt" tpm_manufacturer))\"" ||
+            fail "$state: TPM display does not name the manufacturer"
+    done
+fi
+# Neither source leaves an error behind where it is present.
+for state in none udev all; do
+    if section "$work/bmc.txt" "$state" | sed -n '/^@@ERRORS/,/^@@STDERR/p' |
+        grep -aq 'module="/\(fwinv\|storageinv\)"'; then
+        fail "$state: the error document has a record of fwinv or storageinv"
+    fi
+done
 
 # Completion code 0xC1 to the generation request: only the oldest generation's modules.
 generation=$(section "$work/bmc.txt" generation)
