@@ -119,6 +119,8 @@ const Case kCases[] = {
     {"json-many-file", FillMany, "json", "out.json", nullptr, nullptr},
 };
 
+void PrintTo(const Case& c, std::ostream* os) { *os << c.name; }
+
 std::string GoldenPath(const std::string& file) { return std::string(SORVIK_GOLDEN_DIR) + "/" + file; }
 
 class OutputGolden : public ::testing::TestWithParam<Case> {
