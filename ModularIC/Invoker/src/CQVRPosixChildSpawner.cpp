@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
-#include <spawn.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -91,50 +90,50 @@ private:
     sigset_t m_previous;
 };
 
-// What posix_spawn is to do in the child before the exec: its own process
-// group (a time-out kills the module and everything it started, whatever the
-// shell forked in between), default dispositions and an empty mask (ignored
-// and blocked signals survive exec: a module must not inherit the
-// collector's), standard input from /dev/null (a module reading it must not
-// hang on, or steal, the collector's) and standard output into the pipe.
-struct SpawnSetup {
-    posix_spawn_file_actions_t actions;
-    posix_spawnattr_t attributes;
-    bool ready = false;
+// Moves a descriptor above the standard ones so dup2 onto 0 and 1 cannot clobber it.
+int AboveStandard(int fd) { return fd > STDERR_FILENO ? fd : fcntl(fd, F_DUPFD_CLOEXEC, STDERR_FILENO + 1); }
 
-    bool Prepare(int outFd, std::string& error) {
-        if (posix_spawn_file_actions_init(&actions) != 0) {
-            error = "posix_spawn_file_actions_init failed";
-            return false;
-        }
-        if (posix_spawnattr_init(&attributes) != 0) {
-            posix_spawn_file_actions_destroy(&actions);
-            error = "posix_spawnattr_init failed";
-            return false;
-        }
-        ready = true;
-        sigset_t all, none;
-        sigemptyset(&all);
-        for (int sig = 1; sig < NSIG; ++sig)
-            if (sig != SIGKILL && sig != SIGSTOP) sigaddset(&all, sig);  // fails harmlessly for libc's own
-        sigemptyset(&none);
-        int rc = posix_spawnattr_setflags(
-            &attributes, POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
-        if (rc == 0) rc = posix_spawnattr_setpgroup(&attributes, 0);
-        if (rc == 0) rc = posix_spawnattr_setsigdefault(&attributes, &all);
-        if (rc == 0) rc = posix_spawnattr_setsigmask(&attributes, &none);
-        // dup2 onto itself (standard output was closed) clears close-on-exec too.
-        if (rc == 0) rc = posix_spawn_file_actions_adddup2(&actions, outFd, STDOUT_FILENO);
-        if (rc == 0) rc = posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-        if (rc != 0) error = ErrorText("posix_spawn setup", rc);
-        return rc == 0;
+// Runs in the child of vfork: async-signal-safe calls only, nothing of the
+// parent's memory written. Never returns.
+[[noreturn]] void ExecShell(int outFd, int nullFd, int errorFd, char* const argv[]) {
+    // Its own process group lets a time-out kill the module and everything it
+    // started, whatever the shell forked in between.
+    setpgid(0, 0);
+    // Ignored signals survive exec: a module must not inherit the collector's.
+    struct sigaction defaultAction;
+    std::memset(&defaultAction, 0, sizeof(defaultAction));
+    defaultAction.sa_handler = SIG_DFL;
+    for (int sig = 1; sig < NSIG; ++sig) {
+        if (sig != SIGKILL && sig != SIGSTOP) sigaction(sig, &defaultAction, nullptr);
     }
-    ~SpawnSetup() {
-        if (!ready) return;
-        posix_spawn_file_actions_destroy(&actions);
-        posix_spawnattr_destroy(&attributes);
+    outFd = AboveStandard(outFd);
+    nullFd = AboveStandard(nullFd);
+    // A module reading standard input must not hang on, or steal, the collector's.
+    if (outFd < 0 || nullFd < 0 || dup2(outFd, STDOUT_FILENO) < 0 || dup2(nullFd, STDIN_FILENO) < 0) {
+        int error = errno;
+        if (write(errorFd, &error, sizeof(error)) < 0) {
+        }
+        _exit(127);
     }
-};
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+    execve("/bin/sh", argv, environ);
+    int error = errno;
+    if (write(errorFd, &error, sizeof(error)) < 0) {
+    }
+    _exit(127);
+}
+
+// The child borrows the collector's memory until its exec instead of getting a
+// copy of its page tables (which every thread's next writes would then pay
+// for): each start holds the start lock for less, so modules start back to
+// back. Its own function, so that no local of the caller lives across vfork.
+__attribute__((noinline)) pid_t SpawnShell(int outFd, int nullFd, int errorFd, char* const argv[]) {
+    const pid_t pid = vfork();
+    if (pid == 0) ExecShell(outFd, nullFd, errorFd, argv);
+    return pid;
+}
 
 }  // namespace
 
@@ -151,8 +150,18 @@ bool CQVRPosixChildSpawner::Start(const std::string& command, QVRChildHandle& ch
     }
     ScopedFd readEnd(fds[0]);
     ScopedFd writeEnd(fds[1]);
-    SpawnSetup setup;
-    if (!setup.Prepare(writeEnd.Get(), error)) return false;
+    // Reports a failed exec from the child; closes by itself on a good one.
+    if (pipe2(fds, O_CLOEXEC) != 0) {
+        error = ErrorText("pipe2", errno);
+        return false;
+    }
+    ScopedFd errorRead(fds[0]);
+    ScopedFd errorWrite(fds[1]);
+    ScopedFd devNull(open("/dev/null", O_RDONLY | O_CLOEXEC));
+    if (devNull.Get() < 0) {
+        error = ErrorText("open /dev/null", errno);
+        return false;
+    }
 
     std::string shellCommand = command;
     char shellName[] = "sh";
@@ -165,24 +174,32 @@ bool CQVRPosixChildSpawner::Start(const std::string& command, QVRChildHandle& ch
         return false;
     }
     pid_t pid = -1;
-    int spawnError;
     {
         ScopedSignalBlock block;
-        // posix_spawn shares the collector's memory until the exec instead of
-        // copying its page tables, and reports a failed exec itself: each start
-        // holds the start lock for less, so modules start back to back.
-        spawnError = posix_spawn(&pid, "/bin/sh", &setup.actions, &setup.attributes, argv, environ);
+        pid = SpawnShell(writeEnd.Get(), devNull.Get(), errorWrite.Get(), argv);
     }
-    if (spawnError != 0) pid = -1;
-    // Set here too: the group must exist before anyone can signal it.
+    // Set here too: the group must exist before anyone can signal it, whether
+    // or not the child has got to its own setpgid yet.
     if (pid > 0) setpgid(pid, pid);
     registry.EndStart(pid);
     if (pid < 0) {
-        error = ErrorText("posix_spawn /bin/sh", spawnError);
+        error = ErrorText("vfork", errno);
         return false;
     }
-    // Only the child may hold the write end, or end of file never comes.
+    // Only the child may hold the write ends, or end of file never comes.
     writeEnd.Reset();
+    errorWrite.Reset();
+
+    int childError = 0;
+    ssize_t got;
+    do {
+        got = read(errorRead.Get(), &childError, sizeof(childError));
+    } while (got < 0 && errno == EINTR);
+    if (got > 0) {
+        error = ErrorText("exec /bin/sh", childError);
+        registry.ReapExited(pid);
+        return false;
+    }
     child.pid = pid;
     child.fd = readEnd.Release();
     return true;
