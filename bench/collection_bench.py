@@ -50,19 +50,28 @@ def write_script(path, body):
 
 
 def timed_run(argv, cwd, stdin_text=None, check=True):
-    """Returns (wall seconds, peak RSS in KiB, CPU seconds of the process tree)."""
-    before = os.times()
+    """Returns (wall seconds, peak RSS in KiB, CPU seconds of the process tree,
+    CPU seconds of the process itself without its children)."""
     start = time.monotonic()
-    proc = subprocess.run(["/usr/bin/time", "-f", "%M"] + argv, cwd=cwd,
-                          input=stdin_text.encode() if stdin_text is not None else None,
-                          stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+    proc = subprocess.Popen(argv, cwd=cwd, stdin=subprocess.PIPE if stdin_text is not None else None,
+                            stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+    if stdin_text is not None:
+        proc.stdin.write(stdin_text.encode())
+        proc.stdin.close()
+    stderr = proc.stderr.read()
+    # Exited but not yet reaped: its own CPU times are still readable.
+    os.waitid(os.P_PID, proc.pid, os.WEXITED | os.WNOWAIT)
+    with open("/proc/%d/stat" % proc.pid) as f:
+        fields = f.read().rsplit(")", 1)[1].split()
+    ticks = os.sysconf("SC_CLK_TCK")
+    own = (int(fields[11]) + int(fields[12])) / ticks
+    _, status, usage = os.wait4(proc.pid, 0)
+    proc.returncode = os.waitstatus_to_exitcode(status)
     wall = time.monotonic() - start
-    after = os.times()
-    cpu = (after.children_user - before.children_user) + (after.children_system - before.children_system)
-    peak = int(proc.stderr.decode().strip().splitlines()[-1])
+    tree = usage.ru_utime + usage.ru_stime
     if check and proc.returncode not in (0, 1):
-        sys.exit("run failed with status %d: %s" % (proc.returncode, proc.stderr.decode()))
-    return wall, peak, cpu
+        sys.exit("run failed with status %d: %s" % (proc.returncode, stderr.decode()))
+    return wall, usage.ru_maxrss, tree, own
 
 
 def bench_parallel(binary, count, seconds, repeats):
@@ -94,9 +103,11 @@ def bench_parallel(binary, count, seconds, repeats):
         print("parallel: %d modules x %.2f s, median of %d: collector %.3f s, xargs -P%d %.3f s, floor %.3f s; "
               "collector/floor %.4f, xargs/floor %.4f, collector/xargs %.4f"
               % (count, seconds, repeats, wall, THREADS, xwall, floor, wall / floor, xwall / floor, wall / xwall))
+        own = statistics.median(r[3] for r in collector_runs)
         print("parallel: %d modules: CPU of the whole process tree %.2f ms per module (xargs tree %.2f ms); "
-              "collector's own, as the difference, %.2f ms per module"
-              % (count, 1000.0 * cpu / count, 1000.0 * xcpu / count, 1000.0 * (cpu - xcpu) / count))
+              "the collector's own %.3f ms per module (counted in clock ticks: %.3f ms per module)"
+              % (count, 1000.0 * cpu / count, 1000.0 * xcpu / count, 1000.0 * own / count,
+                 1000.0 / os.sysconf("SC_CLK_TCK") / count))
         return wall
     finally:
         shutil.rmtree(root)
