@@ -1,7 +1,10 @@
 #!/bin/sh
-# Builds a release tree with the benchmarks and runs all of them:
-# data-model parsing and duplicate removal, the invoker, and whole collections.
-# Run as root on an otherwise idle machine.
+# Builds a release tree with the benchmarks and runs all of them: data-model
+# parsing and duplicate removal, the invoker at 64 and 512 modules, and whole
+# collections (modules against the floor and against xargs -P8; 10k, 100k and
+# 1M devices against xmllint --noout; one module printing a gigabyte), each
+# with its ratios and slopes. Run as root on an otherwise idle machine; it
+# takes about ten minutes and needs about 5 GB of memory.
 set -eu
 cd "$(dirname "$0")/.."
 "$PWD/scripts/setup.sh"
@@ -9,5 +12,7 @@ cmake -S . -B build-bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DSORVIK_BUILD_TES
     -DSORVIK_BUILD_BENCHMARKS=ON >/dev/null
 cmake --build build-bench
 build-bench/bench/datamodel/bench_datamodel
-build-bench/bench/invoker/bench_invoker
-python3 bench/collection_bench.py --binary build-bench/ModularIC/Controller/sorvik
+build-bench/bench/invoker/bench_invoker --modules 64 --runs 3
+build-bench/bench/invoker/bench_invoker --modules 512 --runs 1
+python3 bench/collection_bench.py --binary build-bench/ModularIC/Controller/sorvik \
+    --modules 64,512 --devices 10000,100000,1000000 --gib

@@ -11,8 +11,8 @@ class QVRInventoryDataFactory {
 public:
     // Null (the run contributes nothing, not even a failure record) when output
     // is non-empty and does not contain "<SVMInventory", or on allocation
-    // failure; otherwise a new QVRXMLInventoryData over a copy of output, owned
-    // by the caller.
+    // failure; otherwise a new QVRXMLInventoryData, owned by the caller, that
+    // has taken the text over (output is left empty).
     IQVRInventoryRawData* operator()(std::string& moduleIdentity, std::string& output,
                                      QVRDataModelFilter* filter) const;
 };

@@ -23,6 +23,8 @@ public:
     // Borrows filter (may be null: every device passes).
     QVRXMLInventoryData(const std::string& moduleIdentity, const std::string& output,
                         QVRDataModelFilter* filter);
+    // Takes the output over rather than copying it.
+    QVRXMLInventoryData(const std::string& moduleIdentity, std::string&& output, QVRDataModelFilter* filter);
 
     // Appends the records to out. False for an empty output ("Configured
     // program execution failure"), an unparsable one ("Invalid inventory XML

@@ -103,6 +103,10 @@ QVRXMLInventoryData::QVRXMLInventoryData(const std::string& moduleIdentity, cons
                                          QVRDataModelFilter* filter)
     : m_moduleIdentity(moduleIdentity), m_output(output), m_filter(filter), m_consumed(false) {}
 
+QVRXMLInventoryData::QVRXMLInventoryData(const std::string& moduleIdentity, std::string&& output,
+                                         QVRDataModelFilter* filter)
+    : m_moduleIdentity(moduleIdentity), m_output(std::move(output)), m_filter(filter), m_consumed(false) {}
+
 bool QVRXMLInventoryData::PopulateData(std::vector<CDeviceInfo*>& out) {
     if (m_consumed) return false;
     m_consumed = true;

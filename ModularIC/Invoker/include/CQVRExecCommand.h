@@ -27,7 +27,9 @@ public:
 
     // The most a module may print: a run past it is killed and fails as a
     // time-out does.
-    static const std::size_t kMaxOutputBytes = 256u << 20;
+    // Room for an inventory of a gigabyte; a run costs at most about five times
+    // its module output, so even this much stays within 8 GiB.
+    static const std::size_t kMaxOutputBytes = std::size_t(5) << 28;
 
     // spawner and platform null mean the real ones; given ones are borrowed.
     // The platform changes the directory and runs the kill line.

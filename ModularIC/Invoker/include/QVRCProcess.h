@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 
 // Time limit of one module run in the shipped collector.
 const unsigned int QVR_MODULE_TIMEOUT_SECONDS = 300;
@@ -24,6 +25,9 @@ public:
     // The captured output: empty without capture, after a failed start or a
     // time-out.
     const std::string& GetOutput() const { return m_output; }
+    // Hands the captured output over, leaving none here: a module may print
+    // hundreds of megabytes.
+    std::string TakeOutput() { return std::move(m_output); }
 
 private:
     std::string m_directory;

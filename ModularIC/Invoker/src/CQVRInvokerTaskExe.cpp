@@ -23,7 +23,7 @@ void CQVRInvokerTaskExe::Process() {
         // Also after a failed start or a time-out: the empty output becomes the
         // module's failure entry.
         std::string identity = m_pModule->configuredDir;
-        std::string output = process.GetOutput();
+        std::string output = process.TakeOutput();
         if (m_pDataModelManager != nullptr) m_pDataModelManager->WriteData(identity, output);
     }
     QVR_INVOKER_CATCH(kSourcePath, "Process")

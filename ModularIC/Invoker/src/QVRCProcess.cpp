@@ -16,7 +16,7 @@ bool QVRCProcess::Execute() {
     const bool started = exec.Execute();
     if (started) {
         exec.EndProcess();
-        if (m_captureOutput) m_output = exec.GetConsoleBuffer();
+        if (m_captureOutput) m_output.swap(exec.GetConsoleBuffer());
     }
     return started;
 }

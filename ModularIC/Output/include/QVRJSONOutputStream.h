@@ -6,13 +6,13 @@
 #include "IQVROutputStream.h"
 
 class QVRArgumentList;
-class QVRJSONWriter;
+class QVRJSONStreamWriter;
 
-// Holds the JSON document and prints it to the output file (-outc) or to
-// standard output, always as the UTF-8 that cJSON prints.
+// Writes the JSON document to the output file (-outc) or to standard output
+// while the content produces it, always as UTF-8.
 class QVRJSONOutputStream : public IQVROutputStream {
 public:
-    // Reads -outc (null argument list: none given); creates and initialises the writer.
+    // Reads -outc (null argument list: none given); creates the writer.
     explicit QVRJSONOutputStream(QVRArgumentList* arguments);
     QVRJSONOutputStream(const QVRJSONOutputStream&) = delete;
     QVRJSONOutputStream& operator=(const QVRJSONOutputStream&) = delete;
@@ -22,10 +22,10 @@ public:
 
     // False when the writer or its root could not be allocated.
     bool IsReady() const;
-    QVRJSONWriter* GetWriter() const { return m_pWriter; }
+    QVRJSONStreamWriter* GetWriter() const { return m_pWriter; }
 
 private:
-    QVRJSONWriter* m_pWriter;  // owned
+    QVRJSONStreamWriter* m_pWriter;  // owned
     bool m_bOutputFile;
     std::string m_outputFilePath;
 };

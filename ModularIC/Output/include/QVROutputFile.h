@@ -22,6 +22,9 @@ public:
     const std::string& WritePath() const { return m_writePath; }
     // Writes the bytes to WritePath (truncating); false with errno on failure.
     bool WriteAll(const char* data, std::size_t size) const;
+    // Writes the bytes after those of earlier calls, the first call truncating
+    // WritePath; the file stays open until Commit. False with errno on failure.
+    bool Append(const char* data, std::size_t size);
     // Makes the written document durable and gives it its name. False with
     // errno when that fails; the name then still holds what it held before.
     bool Commit();
@@ -31,6 +34,7 @@ private:
     std::string m_writePath;
     bool m_temporary;
     bool m_committed;
+    int m_appendFd;  // open between the first Append and Commit
 };
 
 // Flushes standard output and tells whether everything written to it so far

@@ -1,14 +1,13 @@
 #ifndef QVRXMLOUPUTCONTENT_H
 #define QVRXMLOUPUTCONTENT_H
 
-#include <libxml/tree.h>
-
 #include "IQVROuputContent.h"
 
 class CDeviceInfo;
 class QVRXMLOutputStream;
 
-// Fills the inventory document below its root and the error document.
+// Writes the inventory document below its root, one element after the other
+// as it reads the data model, and fills the error document.
 class QVRXMLOuputContent : public IQVROuputContent {
 public:
     QVRXMLOuputContent(QVRDataModel* dataModel, QVRXMLOutputStream* stream);
@@ -28,7 +27,8 @@ public:
     bool WriteErrorDeviceInfo();
 
 private:
-    bool WriteApplicationInfo(xmlNodePtr deviceNode, const CDeviceInfo& device);
+    // The Application child of the device element just started; ends the device.
+    bool WriteApplicationInfo(const CDeviceInfo& device);
 
     QVRXMLOutputStream* m_pOutputStream;  // not owned
 };

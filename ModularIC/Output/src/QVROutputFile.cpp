@@ -17,12 +17,26 @@ void CloseKeepingErrno(int fd) {
     errno = saved;
 }
 
+bool WriteFully(int fd, const char* data, std::size_t size) {
+    while (size > 0) {
+        const ssize_t written = write(fd, data, size);
+        if (written < 0) {
+            if (errno == EINTR) continue;
+            return false;
+        }
+        data += written;
+        size -= static_cast<std::size_t>(written);
+    }
+    return true;
+}
+
 }  // namespace
 
 QVROutputFile::QVROutputFile(const std::string& path)
-    : m_path(path), m_writePath(path), m_temporary(false), m_committed(false) {}
+    : m_path(path), m_writePath(path), m_temporary(false), m_committed(false), m_appendFd(-1) {}
 
 QVROutputFile::~QVROutputFile() {
+    if (m_appendFd >= 0) CloseKeepingErrno(m_appendFd);
     if (m_temporary && !m_committed) {
         const int saved = errno;
         unlink(m_writePath.c_str());
@@ -54,20 +68,28 @@ bool QVROutputFile::Open() {
 bool QVROutputFile::WriteAll(const char* data, std::size_t size) const {
     const int fd = open(m_writePath.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     if (fd < 0) return false;
-    while (size > 0) {
-        const ssize_t written = write(fd, data, size);
-        if (written < 0) {
-            if (errno == EINTR) continue;
-            CloseKeepingErrno(fd);
-            return false;
-        }
-        data += written;
-        size -= static_cast<std::size_t>(written);
+    if (!WriteFully(fd, data, size)) {
+        CloseKeepingErrno(fd);
+        return false;
     }
     return close(fd) == 0;
 }
 
+bool QVROutputFile::Append(const char* data, std::size_t size) {
+    if (m_appendFd < 0) {
+        m_appendFd = open(m_writePath.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+        if (m_appendFd < 0) return false;
+    }
+    return WriteFully(m_appendFd, data, size);
+}
+
 bool QVROutputFile::Commit() {
+    if (m_appendFd >= 0) {
+        const int fd = m_appendFd;
+        m_appendFd = -1;
+        // A write the kernel reports only at close is a failed write too.
+        if (close(fd) != 0) return false;
+    }
     if (!m_temporary) return m_committed = true;
     const int fd = open(m_writePath.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0) return false;

@@ -1,18 +1,18 @@
 #include "QVRXMLOuputContent.h"
 
-#include <sstream>
+#include <cstdio>
 
 #include "CDeviceInfo.h"
 #include "QVRDataModel.h"
 #include "QVRXMLOutputStream.h"
+#include "QVRXMLStreamWriter.h"
 #include "QVRXMLWriter.h"
 
 namespace {
-// Lower-case hexadecimal, no prefix, no padding.
-std::string Hex(unsigned int value) {
-    std::ostringstream text;
-    text << std::hex << value;
-    return text.str();
+// Lower-case hexadecimal, no prefix, no padding, into the given buffer.
+const char* Hex(unsigned int value, char (&text)[8]) {
+    std::snprintf(text, sizeof(text), "%x", value);
+    return text;
 }
 }  // namespace
 
@@ -21,8 +21,7 @@ QVRXMLOuputContent::QVRXMLOuputContent(QVRDataModel* dataModel, QVRXMLOutputStre
 
 bool QVRXMLOuputContent::Write() {
     if (m_pDataModel == nullptr || m_pOutputStream == nullptr ||
-        m_pOutputStream->GetDocumentWriter() == nullptr ||
-        m_pOutputStream->GetDocumentWriter()->GetRootNode() == nullptr)
+        m_pOutputStream->GetDocumentWriter() == nullptr || !m_pOutputStream->GetDocumentWriter()->IsStarted())
         return false;
     WriteOperatingSystemInfo();
     WriteSystemInfo();
@@ -40,71 +39,74 @@ bool QVRXMLOuputContent::Write() {
 bool QVRXMLOuputContent::WriteOperatingSystemInfo() {
     if (m_pDataModel == nullptr || m_pOutputStream == nullptr) return false;
     const SOSInfo* os = m_pDataModel->GetOperatingSystemInfo();
-    QVRXMLWriter* doc = m_pOutputStream->GetDocumentWriter();
-    if (os == nullptr || doc == nullptr || doc->GetRootNode() == nullptr) return false;
-    xmlNodePtr node = doc->AddNewChildNode(doc->GetRootNode(), "OperatingSystem");
-    doc->AddNodePropertyWithValue(node, "osVendor", os->osVendor);
-    doc->AddNodePropertyWithValue(node, "osCode", os->osCode);
-    doc->AddNodePropertyWithValue(node, "osArch", os->osArch);
-    doc->AddNodePropertyWithValue(node, "majorVersion", os->majorVersion);
-    doc->AddNodePropertyWithValue(node, "minorVersion", os->minorVersion);
-    if (!os->spMajorVersion.empty())
-        doc->AddNodePropertyWithValue(node, "spMajorVersion", os->spMajorVersion);
-    if (!os->spMinorVersion.empty())
-        doc->AddNodePropertyWithValue(node, "spMinorVersion", os->spMinorVersion);
-    if (!os->buildNumber.empty()) doc->AddNodePropertyWithValue(node, "buildNumber", os->buildNumber);
-    return node != nullptr;
+    QVRXMLStreamWriter* doc = m_pOutputStream->GetDocumentWriter();
+    if (os == nullptr || doc == nullptr || !doc->IsStarted()) return false;
+    doc->StartElement("OperatingSystem");
+    doc->AddAttribute("osVendor", os->osVendor);
+    doc->AddAttribute("osCode", os->osCode);
+    doc->AddAttribute("osArch", os->osArch);
+    doc->AddAttribute("majorVersion", os->majorVersion);
+    doc->AddAttribute("minorVersion", os->minorVersion);
+    if (!os->spMajorVersion.empty()) doc->AddAttribute("spMajorVersion", os->spMajorVersion);
+    if (!os->spMinorVersion.empty()) doc->AddAttribute("spMinorVersion", os->spMinorVersion);
+    if (!os->buildNumber.empty()) doc->AddAttribute("buildNumber", os->buildNumber);
+    doc->EndElement();
+    return true;
 }
 
 bool QVRXMLOuputContent::WriteSystemInfo() {
     if (m_pDataModel == nullptr || m_pOutputStream == nullptr) return false;
     const QVRCSystemInfo* system = m_pDataModel->GetSystemInfo();
-    QVRXMLWriter* doc = m_pOutputStream->GetDocumentWriter();
-    if (system == nullptr || doc == nullptr || doc->GetRootNode() == nullptr) return false;
-    xmlNodePtr node = doc->AddNewChildNode(doc->GetRootNode(), "System");
-    doc->AddNodePropertyWithValue(node, "systemID", system->getSystemID());
-    return node != nullptr;
+    QVRXMLStreamWriter* doc = m_pOutputStream->GetDocumentWriter();
+    if (system == nullptr || doc == nullptr || !doc->IsStarted()) return false;
+    doc->StartElement("System");
+    doc->AddAttribute("systemID", system->getSystemID());
+    doc->EndElement();
+    return true;
 }
 
 bool QVRXMLOuputContent::WritePCIDeviceInfo(const CDeviceInfo& device) {
     if (m_pOutputStream == nullptr) return false;
-    QVRXMLWriter* doc = m_pOutputStream->GetDocumentWriter();
-    if (doc == nullptr || doc->GetRootNode() == nullptr) return false;
+    QVRXMLStreamWriter* doc = m_pOutputStream->GetDocumentWriter();
+    if (doc == nullptr || !doc->IsStarted()) return false;
     const SPCIInfo& pci = device.getPCIInfo();
     const unsigned int bdf = device.getBDFInfo();
-    xmlNodePtr node = doc->AddNewChildNode(doc->GetRootNode(), "Device");
-    doc->AddNodePropertyWithValue(node, "display", pci.display);
-    if (!device.getEnumId().empty()) doc->AddNodePropertyWithValue(node, "enum", device.getEnumId());
-    if (!pci.componentID.empty()) doc->AddNodePropertyWithValue(node, "componentID", pci.componentID);
-    doc->AddNodePropertyWithValue(node, "function", Hex(bdf & 0xFFu));
-    doc->AddNodePropertyWithValue(node, "device", Hex((bdf >> 8) & 0xFFu));
-    doc->AddNodePropertyWithValue(node, "bus", Hex((bdf >> 16) & 0xFFu));
-    doc->AddNodePropertyWithValue(node, "subVendorID", pci.subVendorID);
-    doc->AddNodePropertyWithValue(node, "subDeviceID", pci.subDeviceID);
-    doc->AddNodePropertyWithValue(node, "deviceID", pci.deviceID);
-    doc->AddNodePropertyWithValue(node, "vendorID", pci.vendorID);
-    return WriteApplicationInfo(node, device);
+    char number[3][8];
+    doc->StartElement("Device");
+    doc->AddAttribute("display", pci.display);
+    if (!device.getEnumId().empty()) doc->AddAttribute("enum", device.getEnumId());
+    if (!pci.componentID.empty()) doc->AddAttribute("componentID", pci.componentID);
+    doc->AddAttribute("function", Hex(bdf & 0xFFu, number[0]));
+    doc->AddAttribute("device", Hex((bdf >> 8) & 0xFFu, number[1]));
+    doc->AddAttribute("bus", Hex((bdf >> 16) & 0xFFu, number[2]));
+    doc->AddAttribute("subVendorID", pci.subVendorID);
+    doc->AddAttribute("subDeviceID", pci.subDeviceID);
+    doc->AddAttribute("deviceID", pci.deviceID);
+    doc->AddAttribute("vendorID", pci.vendorID);
+    return WriteApplicationInfo(device);
 }
 
 bool QVRXMLOuputContent::WriteNonPCIDeviceInfo(const CDeviceInfo& device) {
     if (m_pOutputStream == nullptr) return false;
-    QVRXMLWriter* doc = m_pOutputStream->GetDocumentWriter();
-    if (doc == nullptr || doc->GetRootNode() == nullptr) return false;
-    xmlNodePtr node = doc->AddNewChildNode(doc->GetRootNode(), "Device");
-    doc->AddNodePropertyWithValue(node, "display", device.getDeviceName());
-    doc->AddNodePropertyWithValue(node, "componentID", device.getComponentID());
-    if (!device.getEnumId().empty()) doc->AddNodePropertyWithValue(node, "enum", device.getEnumId());
-    if (!device.getFQDDInfo().empty()) doc->AddNodePropertyWithValue(node, "FQDD", device.getFQDDInfo());
-    return WriteApplicationInfo(node, device);
+    QVRXMLStreamWriter* doc = m_pOutputStream->GetDocumentWriter();
+    if (doc == nullptr || !doc->IsStarted()) return false;
+    doc->StartElement("Device");
+    doc->AddAttribute("display", device.getDeviceName());
+    doc->AddAttribute("componentID", device.getComponentID());
+    if (!device.getEnumId().empty()) doc->AddAttribute("enum", device.getEnumId());
+    if (!device.getFQDDInfo().empty()) doc->AddAttribute("FQDD", device.getFQDDInfo());
+    return WriteApplicationInfo(device);
 }
 
-bool QVRXMLOuputContent::WriteApplicationInfo(xmlNodePtr deviceNode, const CDeviceInfo& device) {
-    QVRXMLWriter* doc = m_pOutputStream->GetDocumentWriter();
-    xmlNodePtr node = doc->AddNewChildNode(deviceNode, "Application");
-    doc->AddNodePropertyWithValue(node, "display", device.getDisplay());
-    doc->AddNodePropertyWithValue(node, "version", device.getVersion());
-    doc->AddNodePropertyWithValue(node, "componentType", device.getComponentType());
-    return node != nullptr;
+bool QVRXMLOuputContent::WriteApplicationInfo(const CDeviceInfo& device) {
+    QVRXMLStreamWriter* doc = m_pOutputStream->GetDocumentWriter();
+    doc->StartElement("Application");
+    doc->AddAttribute("display", device.getDisplay());
+    doc->AddAttribute("version", device.getVersion());
+    doc->AddAttribute("componentType", device.getComponentType());
+    doc->EndElement();
+    doc->EndElement();
+    return true;
 }
 
 bool QVRXMLOuputContent::WriteErrorDeviceInfo() {

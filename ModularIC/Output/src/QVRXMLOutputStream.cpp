@@ -5,10 +5,11 @@
 
 #include "QVRArgumentList.h"
 #include "QVROptionKeys.h"
+#include "QVRXMLStreamWriter.h"
 #include "QVRXMLWriter.h"
 
 QVRXMLOutputStream::QVRXMLOutputStream(QVRArgumentList* arguments)
-    : m_pDocWriter(new (std::nothrow) QVRXMLWriter()),
+    : m_pDocWriter(nullptr),
       m_pErrorWriter(new (std::nothrow) QVRXMLWriter()),
       m_bErrorFile(false),
       m_bOutputFile(false),
@@ -20,6 +21,8 @@ QVRXMLOutputStream::QVRXMLOutputStream(QVRArgumentList* arguments)
         m_outputFilePath = arguments->GetFirstValue(QVR_OPT_OUT);
         m_encoding = arguments->GetFirstValue(QVR_OPT_ENCODE);
     }
+    m_pDocWriter =
+        new (std::nothrow) QVRXMLStreamWriter(m_outputFilePath, ChooseEncoding(m_outputFilePath, m_encoding));
 }
 
 QVRXMLOutputStream::~QVRXMLOutputStream() {
@@ -37,8 +40,7 @@ bool QVRXMLOutputStream::Write() {
     // Both documents are attempted; the first failure's errno is kept.
     bool written = true;
     int error = 0;
-    if (m_pDocWriter != nullptr &&
-        !m_pDocWriter->Write(m_outputFilePath, ChooseEncoding(m_outputFilePath, m_encoding))) {
+    if (m_pDocWriter != nullptr && !m_pDocWriter->Finish()) {
         written = false;
         error = errno;
     }
