@@ -202,11 +202,11 @@ int main(int argc, char** argv) {
     std::sort(cpus.begin(), cpus.end());
     const double medianWall = walls[walls.size() / 2];
     const double medianCpu = cpus[cpus.size() / 2];
-    const bool wallOk = ideal <= 0 || medianWall <= ideal * 1.05;
-    const bool cpuOk = medianCpu < 0.005;
+    const bool wallOk = ideal <= 0 || medianWall <= ideal * 1.01;
+    const bool cpuOk = medianCpu < 0.001;
     std::printf(
-        "median: wall %.3f s (%+.2f%% of ideal %.3f s, target within 5%%: %s); "
-        "cpu/module %.3f ms (target < 5 ms: %s); outputs %s\n",
+        "median: wall %.3f s (%+.2f%% of ideal %.3f s, target within 1%%: %s); "
+        "cpu/module %.3f ms (target < 1 ms: %s); outputs %s\n",
         medianWall, ideal > 0 ? (medianWall / ideal - 1) * 100 : 0.0, ideal, wallOk ? "met" : "MISSED",
         medianCpu * 1e3, cpuOk ? "met" : "MISSED", allOutputs ? "all complete" : "INCOMPLETE");
 
