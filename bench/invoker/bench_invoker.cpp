@@ -30,6 +30,8 @@ namespace {
 // progress segment that the real store writes.
 class CountingManager : public QVRDataModelManager {
 public:
+    // Never publishes: WriteData below does not reach the store.
+    CountingManager() : QVRDataModelManager(IQVRShmApi::Real()) {}
     using QVRDataModelManager::WriteData;
     bool WriteData(std::string& moduleIdentity, std::string& output) override {
         std::lock_guard<std::mutex> lock(m_mutex);
