@@ -5,16 +5,12 @@
 
 #include "IPlatformImpl.h"
 
-// The collector's only way to the operating system's process-wide state:
-// working directory, shell commands and sleeps.
+// The working directory through the real platform, and the real platform
+// itself for classes that take one.
 class CPlatformLayer {
 public:
     static std::string getCurrentDirectory();
     static bool setCurrentDirectory(const std::string& dir);
-    // The shell's standard error reaches ours unless discardStderr is set.
-    static int RunShellCommand(const std::string& command, bool discardStderr = false);
-    static int ReadShellOutput(const std::string& command, std::string& output);
-    static void SleepMilliseconds(unsigned long milliseconds);
 
     // The real implementation: the default of every class that takes an
     // IPlatformImpl, so tests can hand in a fake instead.
