@@ -49,7 +49,7 @@ public:
     // Whether anything (file, directory, device, ...) exists at the path, links followed.
     bool Exists() const;
     // False for an empty path, a path where nothing exists, or a directory; otherwise runs
-    // "touch -c " + path (unquoted, as it stands) through the platform layer's shell and
+    // "touch -c " + path (unquoted, as it stands) through the given platform's shell and
     // returns true whatever the command's status.
     bool Touch() const;
     // Removes the file (or empty directory). False if nothing was removed.
