@@ -20,8 +20,6 @@ public:
     bool Open();
     // The path to write the document to: the temporary file, or the name itself.
     const std::string& WritePath() const { return m_writePath; }
-    // Writes the bytes to WritePath (truncating); false with errno on failure.
-    bool WriteAll(const char* data, std::size_t size) const;
     // Writes the bytes after those of earlier calls, the first call truncating
     // WritePath; the file stays open until Commit. False with errno on failure.
     bool Append(const char* data, std::size_t size);

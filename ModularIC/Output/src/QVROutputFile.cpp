@@ -65,16 +65,6 @@ bool QVROutputFile::Open() {
     return true;
 }
 
-bool QVROutputFile::WriteAll(const char* data, std::size_t size) const {
-    const int fd = open(m_writePath.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-    if (fd < 0) return false;
-    if (!WriteFully(fd, data, size)) {
-        CloseKeepingErrno(fd);
-        return false;
-    }
-    return close(fd) == 0;
-}
-
 bool QVROutputFile::Append(const char* data, std::size_t size) {
     if (m_appendFd < 0) {
         m_appendFd = open(m_writePath.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
