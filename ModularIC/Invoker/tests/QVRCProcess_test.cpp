@@ -21,9 +21,9 @@ protected:
     // Runs a script with the given time limit; output and seconds taken.
     std::pair<std::string, double> Run(const std::string& body, unsigned int timeout, bool capture = true,
                                        const std::string& args = "") {
-        WriteScript(dir.path, "mod.sh", body);
+        WriteScript(dir.path(), "mod.sh", body);
         const auto start = std::chrono::steady_clock::now();
-        QVRCProcess process(dir.path, "mod.sh" + args, timeout, capture, true);
+        QVRCProcess process(dir.path(), "mod.sh" + args, timeout, capture, true);
         EXPECT_TRUE(process.Execute());
         return {process.GetOutput(),
                 std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count()};
@@ -33,7 +33,7 @@ protected:
 };
 
 TEST_F(QVRCProcessTest, CapturesOutputRunningInTheModuleDirectoryWithArguments) {
-    EXPECT_EQ(dir.path + "\nargs:a,b\n", Run("pwd\necho \"args:$1,$2\"\n", 10, true, " a b").first);
+    EXPECT_EQ(dir.path() + "\nargs:a,b\n", Run("pwd\necho \"args:$1,$2\"\n", 10, true, " a b").first);
 }
 
 TEST_F(QVRCProcessTest, WithoutCaptureTheModuleRunsAndOutputStaysEmpty) {
@@ -42,13 +42,12 @@ TEST_F(QVRCProcessTest, WithoutCaptureTheModuleRunsAndOutputStaysEmpty) {
 }
 
 TEST_F(QVRCProcessTest, EmptyCommandStartsNothingAndEmptyDirectoryMeansTheCurrentOne) {
-    QVRCProcess none(dir.path, "", 10, true, true);
+    QVRCProcess none(dir.path(), "", 10, true, true);
     EXPECT_FALSE(none.Execute());
-    WriteScript(dir.path, "pwd.sh", "pwd\n");
-    ASSERT_TRUE(CLinuxImpl().SetCurrentDirectory(dir.path));
+    WriteScript(dir.path(), "pwd.sh", "pwd\n");
     QVRCProcess here("", "pwd.sh", 10, true, false);
     EXPECT_TRUE(here.Execute());
-    EXPECT_EQ(dir.path + "\n", here.GetOutput());
+    EXPECT_EQ(dir.path() + "\n", here.GetOutput());
 }
 
 TEST_F(QVRCProcessTest, LongLinesAndLargeOutputArriveUnchanged) {
