@@ -32,18 +32,12 @@ protected:
     invoker_test::TempDir dir;
 };
 
-TEST_F(QVRCProcessTest, CapturesOutputRunningInTheModuleDirectoryWithArguments) {
+TEST_F(QVRCProcessTest, RunsInTheModuleDirectoryWithArgumentsAndCapturesOnlyWhenAsked) {
     EXPECT_EQ(dir.path() + "\nargs:a,b\n", Run("pwd\necho \"args:$1,$2\"\n", 10, true, " a b").first);
-}
-
-TEST_F(QVRCProcessTest, WithoutCaptureTheModuleRunsAndOutputStaysEmpty) {
     EXPECT_EQ("", Run("echo visible\ntouch ran.marker\n", 10, false).first);
     EXPECT_EQ(0, access(dir.Sub("ran.marker").c_str(), F_OK));
-}
-
-TEST_F(QVRCProcessTest, EmptyCommandStartsNothingAndEmptyDirectoryMeansTheCurrentOne) {
-    QVRCProcess none(dir.path(), "", 10, true, true);
-    EXPECT_FALSE(none.Execute());
+    EXPECT_FALSE(QVRCProcess(dir.path(), "", 10, true, true).Execute());  // an empty command starts nothing
+    // An empty directory means the current one, which the fixture made the module's.
     WriteScript(dir.path(), "pwd.sh", "pwd\n");
     QVRCProcess here("", "pwd.sh", 10, true, false);
     EXPECT_TRUE(here.Execute());
