@@ -12,7 +12,6 @@
 #include "IQVRGenerationSource.h"
 #include "QVRArgumentList.h"
 #include "QVRMain.h"
-#include "StreamCapture.h"
 #include "TestArgv.h"
 
 namespace {
@@ -62,10 +61,11 @@ protected:
         if (!factory) factory = [this] { return std::unique_ptr<CQVRController>(NewController()); };
         words.insert(words.begin(), "sorvik");
         TestArgv args(words);
-        StreamCapture err(stderr), out(stdout);
+        ::testing::internal::CaptureStdout();
+        ::testing::internal::CaptureStderr();
         const int status = QVRMain(args.argc(), args.argv(), factory);
-        printed = out.Finish();
-        errors = err.Finish();
+        printed = ::testing::internal::GetCapturedStdout();
+        errors = ::testing::internal::GetCapturedStderr();
         return status;
     }
 
