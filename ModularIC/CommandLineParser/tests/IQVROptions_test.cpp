@@ -4,7 +4,6 @@
 
 #include "QVROptionFactory.h"
 #include "QVROptionKeys.h"
-#include "StreamCapture.h"
 
 namespace {
 
@@ -79,9 +78,9 @@ TEST(IQVROptionsTest, ValueChecksAnswerTheirCodeAndMessage) {
     // clang-format on
     QVROptionFactory factory;
     for (const ValueRow& row : rows) {
-        StreamCapture out(stdout);
+        ::testing::internal::CaptureStdout();
         const unsigned int code = factory.GetOption(row.key)->Validate(row.value);
-        EXPECT_EQ(out.Finish(), row.printed) << row.key << "=" << row.value;
+        EXPECT_EQ(::testing::internal::GetCapturedStdout(), row.printed) << row.key << "=" << row.value;
         EXPECT_EQ(code, row.code) << row.key << "=" << row.value;
     }
 }

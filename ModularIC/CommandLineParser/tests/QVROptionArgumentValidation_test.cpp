@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "QVROptionKeys.h"
-#include "StreamCapture.h"
 #include "TestArgv.h"
 
 namespace {
@@ -50,8 +49,9 @@ TEST(QVROptionArgumentValidationTest, CommandLineToCodeAndArgumentList) {
         TestArgv args(words);
         QVRArgumentList list;
         QVROptionArgumentValidation validation;
-        StreamCapture quiet(stdout);  // validators may print
+        ::testing::internal::CaptureStdout();  // validators may print
         const int code = validation.ProcessArgument(args.argc(), args.argv(), &list);
+        ::testing::internal::GetCapturedStdout();
         const std::string name = ::testing::PrintToString(row.words);
         EXPECT_EQ(code, row.code) << name;
         EXPECT_EQ(validation.IsInvalidOption(), row.invalidOption) << name;

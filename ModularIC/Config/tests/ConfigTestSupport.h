@@ -23,6 +23,8 @@ public:
         std::filesystem::current_path(m_previous, ignored);
         std::filesystem::remove_all(m_path, ignored);
     }
+    const std::string& path() const { return m_path; }
+    std::string Sub(const std::string& name) const { return m_path + "/" + name; }
     // Writes the module configuration file.
     void Write(const std::string& text) const { std::ofstream(m_path + "/icconfig_new.json") << text; }
 

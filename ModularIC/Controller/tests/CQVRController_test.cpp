@@ -1,18 +1,17 @@
 #include "CQVRController.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <functional>
 #include <regex>
 
 #include "CLockManager.h"
-#include "CSharedMemWriter.h"
-#include "CollectionDir.h"
+#include "ConfigTestSupport.h"
 #include "FakeShmApi.h"
 #include "IQVRGenerationSource.h"
 #include "QVRArgumentList.h"
 #include "QVRMain.h"
-#include "StreamCapture.h"
 #include "TestArgv.h"
 
 namespace {
@@ -35,6 +34,15 @@ struct FakeGenerations : IQVRGenerationSource {
     std::set<std::string> names = {"GenPre12G"};
 };
 
+// Configures, in the current directory, one generation-independent module that prints the text.
+void WriteModule(const ConfigDir& dir, const std::string& output) {
+    dir.Write(R"({"SorVikConfig": {"Generation": [{"_type": "Generic", "InvComponent": [)"
+              R"({"_dir": "/mod", "_type": "cli", "__text": "mod.sh", "#GUID": "1"}]}]}})");
+    ::mkdir("mod", 0755);
+    std::ofstream("mod/mod.sh") << "#!/bin/sh\ncat <<'EOF'\n" + output + "\nEOF\n";
+    ::chmod("mod/mod.sh", 0755);
+}
+
 const char kSource[] = R"(qvr_ModularIC/Controller/src/CQVRController\.cpp)";
 const key_t kShmKey = 0x94D553DF;
 
@@ -53,10 +61,11 @@ protected:
         if (!factory) factory = [this] { return std::unique_ptr<CQVRController>(NewController()); };
         words.insert(words.begin(), "sorvik");
         TestArgv args(words);
-        StreamCapture err(stderr), out(stdout);
+        ::testing::internal::CaptureStdout();
+        ::testing::internal::CaptureStderr();
         const int status = QVRMain(args.argc(), args.argv(), factory);
-        printed = out.Finish();
-        errors = err.Finish();
+        printed = ::testing::internal::GetCapturedStdout();
+        errors = ::testing::internal::GetCapturedStderr();
         return status;
     }
 
@@ -97,21 +106,8 @@ TEST_F(CQVRControllerTest, ExitStatusAndMessagesAroundTheLock) {
     EXPECT_EQ(printed + errors, "");
 }
 
-TEST_F(CQVRControllerTest, ProgressOfTheRunningInstanceIsPrintedAndAFinishedOneCleanedUp) {
-    lockResult = -1;
-    for (int completed : {9, 14}) {
-        CSharedMemWriter(shm).WriteToSharedMem(14, completed);
-        EXPECT_EQ(Main({"-p"}), 0);
-        EXPECT_EQ(errors, "");
-        const std::string counters =
-            "Components=\"14\" completedInvComponents=\"" + std::to_string(completed);
-        EXPECT_NE(printed.find(counters), std::string::npos) << printed;
-        EXPECT_EQ(shm.Exists(kShmKey), completed != 14);
-    }
-}
-
 TEST_F(CQVRControllerTest, ConfigurationFailureExitsTwoAndCollectedRecordsExitOne) {
-    CollectionDir dir;  // no configuration file yet
+    ConfigDir dir;  // no configuration file yet
     EXPECT_EQ(Main({}), 2);
     const std::string at = R"(\]\n\t at )", frame = std::string(R"(\()") + kSource + R"(:\d+\))";
     const std::string pattern =
@@ -122,25 +118,15 @@ TEST_F(CQVRControllerTest, ConfigurationFailureExitsTwoAndCollectedRecordsExitOn
     EXPECT_TRUE(std::regex_match(errors, std::regex(pattern))) << errors;
 
     // Records collected: result 1, which has no message and is the exit status.
-    dir.WriteModule(
-        R"(<SVMInventory><Device componentID="7" display="d">)"
-        R"(<Application componentType="FRMW" version="2" display="fw"/></Device></SVMInventory>)");
+    WriteModule(dir,
+                R"(<SVMInventory><Device componentID="7" display="d">)"
+                R"(<Application componentType="FRMW" version="2" display="fw"/></Device></SVMInventory>)");
     EXPECT_EQ(Main({}), 1);
     EXPECT_NE(printed.find(R"(<Device display="d" componentID="7">)"), std::string::npos) << printed;
     EXPECT_EQ(errors, "<released 5>");
     FakeShmApi::Write counters;
     ASSERT_TRUE(shm.Read(kShmKey, &counters));
     EXPECT_EQ(counters.total + counters.completed, 2);
-}
-
-// One collection with output per test: the output manager keeps its first writer for the process.
-TEST_F(CQVRControllerTest, CollectionWithoutRecordsExitsZero) {
-    CollectionDir dir;
-    dir.WriteModule(
-        R"(<SVMInventory><SPStatus result="false"><Message>no</Message></SPStatus></SVMInventory>)");
-    EXPECT_EQ(Main({}), 0);
-    EXPECT_NE(printed.find("<InventoryError"), std::string::npos) << printed;
-    EXPECT_NE(printed.find("<Message>no</Message>"), std::string::npos);
 }
 
 }  // namespace

@@ -8,9 +8,10 @@
 #include <set>
 
 #include "QVRICVersion.h"
-#include "StreamCapture.h"
 
 namespace {
+
+using namespace ::testing::internal;  // output capture
 
 std::string Usage(const char* name) {
     char buffer[1024];
@@ -42,21 +43,23 @@ TEST(QVRInvOutputTest, EveryCodePrintsItsMessageAndUsage) {
     for (unsigned int code = 0; code <= 60; ++code) codes.push_back(code);
     for (unsigned int code : codes) {
         const auto message = messages.find(code);
-        StreamCapture err(stderr), out(stdout);
+        CaptureStdout();
+        CaptureStderr();
         SetInvOutPut(code, "tool");
-        EXPECT_EQ(out.Finish(), withoutUsage.count(code) ? "" : Usage("tool")) << code;
-        EXPECT_EQ(err.Finish(), message == messages.end() ? "" : message->second) << code;
+        EXPECT_EQ(GetCapturedStdout(), withoutUsage.count(code) ? "" : Usage("tool")) << code;
+        EXPECT_EQ(GetCapturedStderr(), message == messages.end() ? "" : message->second) << code;
     }
 }
 
 TEST(QVRInvOutputTest, UsageVersionErrorAndTimeTexts) {
     EXPECT_EQ(std::strlen(kQVRUsageFormat), 688u);
-    StreamCapture out(stdout), err(stderr);
+    CaptureStdout();
+    CaptureStderr();
     PrintHelpUsage("sorvik");
     PrintICVersion();
     PrintError("no line end 100%\n");  // never used as a format
-    EXPECT_EQ(out.Finish(), Usage("sorvik") + "\nVERSION: 21.09.200 (BLD_1155)\n");
-    EXPECT_EQ(err.Finish(), "no line end 100%\n");
+    EXPECT_EQ(GetCapturedStdout(), Usage("sorvik") + "\nVERSION: 21.09.200 (BLD_1155)\n");
+    EXPECT_EQ(GetCapturedStderr(), "no line end 100%\n");
     EXPECT_EQ(GetICVersion(), "21.09.200 (BLD_1155)");
     EXPECT_EQ(GetICBuildVersion(), "1155");
     EXPECT_TRUE(std::regex_match(GetCurrentDateAndTime(), std::regex(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d)")));

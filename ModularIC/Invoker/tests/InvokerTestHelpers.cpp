@@ -5,25 +5,12 @@
 
 #include <cerrno>
 #include <chrono>
-#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
 #include <thread>
 
 namespace invoker_test {
-
-TempDir::TempDir() : cwd(CLinuxImpl().GetCurrentDirectory()) {
-    char pattern[] = "/tmp/sorvik-invoker-XXXXXX";
-    if (mkdtemp(pattern) == nullptr) throw std::runtime_error("mkdtemp failed");
-    path = pattern;
-}
-
-TempDir::~TempDir() {
-    CLinuxImpl().SetCurrentDirectory(cwd);
-    std::error_code ignored;
-    std::filesystem::remove_all(path, ignored);
-}
 
 void WriteScript(const std::string& dir, const std::string& name, const std::string& body) {
     if (mkdir(dir.c_str(), 0755) != 0 && errno != EEXIST) throw std::runtime_error("mkdir " + dir);

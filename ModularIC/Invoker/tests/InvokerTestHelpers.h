@@ -9,18 +9,13 @@
 
 #include "CLinuxImpl.h"
 #include "CPlatformLayer.h"
+#include "ConfigTestSupport.h"
 #include "QVRDataModelManager.h"
 
 namespace invoker_test {
 
-// A fresh directory under /tmp, removed with its contents. Also restores the
-// working directory, which module runs change.
-struct TempDir {
-    TempDir();
-    ~TempDir();
-    std::string Sub(const std::string& name) const { return path + "/" + name; }
-    std::string path, cwd;
-};
+// Module runs change the working directory; this one restores it.
+typedef ConfigDir TempDir;
 
 // Writes an executable /bin/sh script dir/name, creating dir.
 void WriteScript(const std::string& dir, const std::string& name, const std::string& body);

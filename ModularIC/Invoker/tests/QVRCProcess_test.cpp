@@ -21,9 +21,9 @@ protected:
     // Runs a script with the given time limit; output and seconds taken.
     std::pair<std::string, double> Run(const std::string& body, unsigned int timeout, bool capture = true,
                                        const std::string& args = "") {
-        WriteScript(dir.path, "mod.sh", body);
+        WriteScript(dir.path(), "mod.sh", body);
         const auto start = std::chrono::steady_clock::now();
-        QVRCProcess process(dir.path, "mod.sh" + args, timeout, capture, true);
+        QVRCProcess process(dir.path(), "mod.sh" + args, timeout, capture, true);
         EXPECT_TRUE(process.Execute());
         return {process.GetOutput(),
                 std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count()};
@@ -32,23 +32,16 @@ protected:
     invoker_test::TempDir dir;
 };
 
-TEST_F(QVRCProcessTest, CapturesOutputRunningInTheModuleDirectoryWithArguments) {
-    EXPECT_EQ(dir.path + "\nargs:a,b\n", Run("pwd\necho \"args:$1,$2\"\n", 10, true, " a b").first);
-}
-
-TEST_F(QVRCProcessTest, WithoutCaptureTheModuleRunsAndOutputStaysEmpty) {
+TEST_F(QVRCProcessTest, RunsInTheModuleDirectoryWithArgumentsAndCapturesOnlyWhenAsked) {
+    EXPECT_EQ(dir.path() + "\nargs:a,b\n", Run("pwd\necho \"args:$1,$2\"\n", 10, true, " a b").first);
     EXPECT_EQ("", Run("echo visible\ntouch ran.marker\n", 10, false).first);
     EXPECT_EQ(0, access(dir.Sub("ran.marker").c_str(), F_OK));
-}
-
-TEST_F(QVRCProcessTest, EmptyCommandStartsNothingAndEmptyDirectoryMeansTheCurrentOne) {
-    QVRCProcess none(dir.path, "", 10, true, true);
-    EXPECT_FALSE(none.Execute());
-    WriteScript(dir.path, "pwd.sh", "pwd\n");
-    ASSERT_TRUE(CLinuxImpl().SetCurrentDirectory(dir.path));
+    EXPECT_FALSE(QVRCProcess(dir.path(), "", 10, true, true).Execute());  // an empty command starts nothing
+    // An empty directory means the current one, which the fixture made the module's.
+    WriteScript(dir.path(), "pwd.sh", "pwd\n");
     QVRCProcess here("", "pwd.sh", 10, true, false);
     EXPECT_TRUE(here.Execute());
-    EXPECT_EQ(dir.path + "\n", here.GetOutput());
+    EXPECT_EQ(dir.path() + "\n", here.GetOutput());
 }
 
 TEST_F(QVRCProcessTest, LongLinesAndLargeOutputArriveUnchanged) {

@@ -21,22 +21,6 @@ Names Oldest(size_t count) {
     return Names(order, order + count);
 }
 
-TEST(CICContextEvaluatorSysGenRuleTest, GenerationByteRangesAreTestedInOrder) {
-    const int cases[][2] = {{0x00, 0}, {0x0E, 0}, {0x0F, 1}, {0x12, 1}, {0x15, 1}, {0x16, 2}, {0x2F, 2},
-                            {0x30, 3}, {0x32, 3}, {0x33, 2}, {0x3F, 2}, {0x40, 4}, {0x42, 4}, {0x43, 2},
-                            {0x4F, 2}, {0x50, 5}, {0x51, 5}, {0x52, 5}, {0x53, 2}, {0x80, 2}, {0xFF, 2}};
-    for (const auto& c : cases) {
-        EXPECT_EQ(CICContextEvaluator_SysGen::GenerationFromByte(static_cast<unsigned char>(c[0])), c[1])
-            << "g = " << c[0];
-    }
-    _BQMIPMICommandData response = GenerationRequest();
-    response.responseBuffer[8] = 0x50;
-    EXPECT_EQ(CICContextEvaluator_SysGen::GenerationFromResponse(0, response), 5);
-    EXPECT_EQ(CICContextEvaluator_SysGen::GenerationFromResponse(320, response), 1001);
-    response.responseBuffer[2] = 0xC1;  // a non-zero completion code wins over the byte
-    EXPECT_EQ(CICContextEvaluator_SysGen::GenerationFromResponse(0, response), 0);
-}
-
 // Detections through the whole IPMI library, with the controller and the shell faked.
 class CICContextEvaluatorSysGenTest : public ::testing::Test {
 protected:
@@ -56,28 +40,30 @@ protected:
 };
 
 TEST_F(CICContextEvaluatorSysGenTest, NamesTheDetectedGenerationAndEveryOlderOne) {
-    const struct {
+    struct Case {
         std::vector<unsigned char> answer;
         int generation;
-        size_t names;  // how many of the oldest names
         size_t requests;
-    } cases[] = {{FakeIPMIDevice::Generation(0x00, 0x0E), 0, 1, 1},
-                 {FakeIPMIDevice::Generation(0x00, 0x0F), 1, 2, 1},
-                 {FakeIPMIDevice::Generation(0x00, 0x33), 2, 3, 1},
-                 {FakeIPMIDevice::Generation(0x00, 0x30), 3, 4, 1},
-                 {FakeIPMIDevice::Generation(0x00, 0x41), 4, 5, 1},
-                 {FakeIPMIDevice::Generation(0x00, 0x52), 5, 6, 1},
-                 {{0xC1}, 0, 1, 1},  // final completion code: GenPre12G only
-                 {{0xCC}, 0, 1, 1},
-                 {{0xC0}, 0, 1, 5}};  // transient: retried five times, 50 ms apart
+    };
+    std::vector<Case> cases = {{{0xC1}, 0, 1},                       // final completion code: GenPre12G only
+                               {{0xC1, 1, 2, 3, 4, 5, 0x50}, 0, 1},  // whatever the generation byte
+                               {{0xCC}, 0, 1},
+                               {{0xC0}, 0, 5}};  // transient: retried five times, 50 ms apart
+    // The byte ranges are tested in order: unknown bytes above 0x15 fall through to generation 2.
+    const int bytes[][2] = {{0x00, 0}, {0x0E, 0}, {0x0F, 1}, {0x12, 1}, {0x15, 1}, {0x16, 2}, {0x2F, 2},
+                            {0x30, 3}, {0x32, 3}, {0x33, 2}, {0x3F, 2}, {0x40, 4}, {0x42, 4}, {0x43, 2},
+                            {0x4F, 2}, {0x50, 5}, {0x51, 5}, {0x52, 5}, {0x53, 2}, {0x80, 2}, {0xFF, 2}};
+    for (const auto& b : bytes)
+        cases.push_back({FakeIPMIDevice::Generation(0x00, static_cast<unsigned char>(b[0])), b[1], 1});
     for (const auto& c : cases) {
         FakeIPMIDevice controller;
         FakePlatform shell;
         controller.defaultAnswer = c.answer;
         CICContextEvaluator_SysGen detector(shell, controller);
         Names names;
-        EXPECT_EQ(detector.GetSysGenerationInventoryList(names), c.generation);
-        EXPECT_EQ(names, Oldest(c.names)) << c.generation;
+        const std::string name = ::testing::PrintToString(c.answer);
+        EXPECT_EQ(detector.GetSysGenerationInventoryList(names), c.generation) << name;
+        EXPECT_EQ(names, Oldest(c.generation + 1)) << name;
         ASSERT_EQ(controller.sent.size(), c.requests);
         EXPECT_EQ(std::vector<int>(controller.sent[0].head.begin(), controller.sent[0].head.begin() + 2),
                   std::vector<int>({0x30, 0xBD}));
