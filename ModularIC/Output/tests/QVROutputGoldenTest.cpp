@@ -11,13 +11,68 @@
 #include <functional>
 #include <vector>
 
+#include "CDeviceInfo.h"
 #include "OutputTestSupport.h"
+#include "QVRArgumentList.h"
+#include "QVRDataModel.h"
 #include "QVROptionKeys.h"
 #include "QVROutputterManager.h"
 
 using namespace outtest;
 
 namespace {
+
+CDeviceInfo* MakeNonPCIDevice(const std::string& name, const std::string& componentID,
+                              const std::string& enumId, const std::string& fqdd) {
+    CDeviceInfo* record = new CDeviceInfo();
+    record->setStatus(QVR_STATUS_SUCCESS);
+    record->setDeviceType(QVR_DEVICE_NONPCI);
+    record->setDeviceName(name);
+    record->setComponentID(componentID);
+    record->setEnumId(enumId);
+    record->setFQDDInfo(fqdd);
+    record->setDisplay("BIOS DISPLAY");
+    record->setVersion("2.1.7");
+    record->setComponentType("BIOS");
+    return record;
+}
+
+CDeviceInfo* MakePCIDevice(const std::string& display, const std::string& componentID,
+                           const std::string& enumId, unsigned char bus, unsigned char device,
+                           unsigned char function) {
+    CDeviceInfo* record = MakeNonPCIDevice("NOT-USED-FOR-PCI", "NOT-USED-EITHER", enumId, "");
+    record->setDeviceType(QVR_DEVICE_PCI);
+    record->setPCIInfo(SPCIInfo{componentID, "DID", "SDID", "VID", "SVID", display});
+    record->setBDFInfo(bus, device, function);
+    record->setDisplay("DISPLAY");
+    record->setVersion("16.5.0");
+    record->setComponentType("FRMW");
+    return record;
+}
+
+CDeviceInfo* MakeError(const std::string& display, const std::string& message) {
+    CDeviceInfo* record = new CDeviceInfo();
+    record->setStatus(QVR_STATUS_FAILURE);
+    record->setDisplay(display);
+    record->setErrorMsg(message);
+    return record;
+}
+
+void AddOperatingSystem(QVRDataModel& model, bool full) {
+    const SOSInfo os = full ? SOSInfo{"VENDOR", "x64", "7", "2", "1", "0", "Linux", "1234", "RHEL7"}
+                            : SOSInfo{"VENDOR", "x64", "7", "2", "", "", "", "", "RHEL7"};
+    CDeviceInfo record;
+    record.setDependencyOS(std::vector<SOSInfo>(1, os));
+    model.AddOperatingSystemInfo(&record);
+}
+
+void AddSystem(QVRDataModel& model, const std::string& systemID) {
+    QVRCSystemInfo system;
+    system.setSystemInfo(systemID);
+    CDeviceInfo record;
+    record.setSystemInfo(system);
+    model.AddSystemInfo(&record);
+}
 
 // Markup, whitespace that attributes must escape, control characters, DEL,
 // two- three- and four-byte UTF-8.

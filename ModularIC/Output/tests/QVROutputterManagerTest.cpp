@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "OutputTestSupport.h"
+#include "QVRArgumentList.h"
+#include "QVRDataModel.h"
 #include "QVRJSONFactory.h"
 #include "QVROptionKeys.h"
 #include "QVROutputterManager.h"

@@ -29,7 +29,6 @@ public:
 
     int Get(key_t key, std::size_t size, int flags) override {
         std::lock_guard<std::mutex> lock(m_mutex);
-        ++getCalls;
         lastKey = key;
         lastSize = size;
         lastFlags = flags;
@@ -94,7 +93,6 @@ public:
         return m_ids.count(key) != 0;
     }
 
-    int getCalls = 0;
     int attachCalls = 0;
     int detachCalls = 0;
     int removeCalls = 0;
