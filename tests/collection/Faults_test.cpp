@@ -6,14 +6,13 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 
 #include "CollectionSupport.h"
 
 namespace collection {
 namespace {
-
-const char kFailed[] = "Configured program execution failure";
 
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer)
@@ -46,7 +45,7 @@ std::string MakePidsCgroup(int limit) {
         ::rmdir(group.c_str());
         if (::mkdir(group.c_str(), 0755) != 0) continue;
         std::ofstream(group + "/pids.max") << limit;
-        if (e2e::PathExists(group + "/pids.max")) return group;
+        if (PathExists(group + "/pids.max")) return group;
         ::rmdir(group.c_str());
     }
     return "";
@@ -64,22 +63,11 @@ std::vector<std::string> Names(const std::string& directory) {
     return names;
 }
 
-class FaultsTest : public CollectionTest {
-protected:
-    // The collector through the simulator, started by "sh -c" with the given
-    // redirection or pipeline around it ("$@" is the collector and its options).
-    e2e::ProcessResult RunIn(const std::string& shell, const Args& args) const {
-        e2e::RunOptions options;
-        options.workingDirectory = dir.Path();
-        options.args = {"-c", shell, "sh", IPMISIM_RUN_SCRIPT, e2e::SorvikBinary()};
-        options.args.insert(options.args.end(), args.begin(), args.end());
-        return e2e::RunProgram("/bin/sh", options);
-    }
-};
+using FaultsTest = CollectionTest;
 
 TEST_F(FaultsTest, AModuleFloodingItsOutputIsKilledAtTheLimitAndTheOthersAreKept) {
     Install(GenericOnly({Module{"flood", "exec yes '<Device/>'\n"}, Module{"good", Emit(DeviceDoc("1"))}}));
-    const e2e::ProcessResult result = Run({});
+    const ProcessResult result = Run({});
     ExpectResult(result, 1, InventoryXml(DeviceBody("1")) + ErrorXml({{"/flood", kFailed}}));
     // 1.25 GiB of captured output at most, and no copy of it beyond the buffer's growth.
     EXPECT_LT(PeakChildRssBytes(), kMemoryFactor * (2300L << 20));
@@ -96,7 +84,7 @@ TEST_F(FaultsTest, AHostileDocumentCostsTimeAndMemoryLinearInItsSize) {
         "printf '\"/></Device></SVMInventory>'\n";
     Install(GenericOnly({Module{"hostile", hostile}, Module{"good", Emit(DeviceDoc("1"))}}));
     const auto start = std::chrono::steady_clock::now();
-    const e2e::ProcessResult result = Run({});
+    const ProcessResult result = Run({});
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
     ExpectResult(
         result, 1,
@@ -111,7 +99,7 @@ TEST_F(FaultsTest, AnythingButARegularFileAtTheLockPathReadsAsAnotherInstanceAtO
         ASSERT_EQ(fifo ? ::mkfifo(kLockFile, 0666) : ::mkdir(kLockFile, 0777), 0);
         ExpectResult(Run({}), 3, "", kAnotherInstance);
         // A progress query must not hang on it either.
-        const e2e::ProcessResult progress = Run({"-progress"});
+        const ProcessResult progress = Run({"-progress"});
         EXPECT_FALSE(progress.timedOut);
         EXPECT_EQ(::remove(kLockFile), 0);
     }
@@ -123,14 +111,11 @@ TEST_F(FaultsTest, ModulesThatNoThreadCouldRunAreFailuresNotSilence) {
     const std::string group = MakePidsCgroup(2);
     if (group.empty()) GTEST_SKIP() << "no pids cgroup can be created here";
     Install(GenericOnly({Module{"a", Note("a") + Emit(DeviceDoc("1"))}, Module{"b", Emit(DeviceDoc("2"))}}));
-    e2e::RunOptions options;
-    options.workingDirectory = dir.Path();
     // A leak check at exit needs a thread of its own, which the limit forbids.
     const char* asan = std::getenv("ASAN_OPTIONS");
-    options.environment["ASAN_OPTIONS"] = std::string(asan != nullptr ? asan : "") + ":detect_leaks=0";
-    options.args = {"-c", "echo $$ > '" + group + "/cgroup.procs' && exec \"$0\" \"$@\"", IPMISIM_RUN_SCRIPT,
-                    e2e::SorvikBinary()};
-    const e2e::ProcessResult result = e2e::RunProgram("/bin/sh", options);
+    const ProcessResult result =
+        Run({}, {{"ASAN_OPTIONS", std::string(asan != nullptr ? asan : "") + ":detect_leaks=0"}},
+            "echo $$ > '" + group + "/cgroup.procs' && exec \"$@\"");
     ::rmdir(group.c_str());
     ExpectResult(result, 0, InventoryXml("") + ErrorXml({{"/a", kFailed}, {"/b", kFailed}}));
     EXPECT_TRUE(Ran().empty());
@@ -146,7 +131,7 @@ TEST_F(FaultsTest, AFailedWriteIsAFailureWithAMessageAndNeverATruncatedDocument)
     script += "echo '<SPStatus result=\"false\"><Message>half done</Message></SPStatus></SVMInventory>'\n";
     Install(GenericOnly({Module{"m", script}}));
     const std::string small = dir.PathOf("small");
-    dir.MakeDirectory("small");
+    std::filesystem::create_directory(small);
     ASSERT_EQ(::mount("sorvik-test", small.c_str(), "tmpfs", 0, "size=16k"), 0);
     dir.WriteFile("small/inv.xml", "the previous inventory");
     const std::string noSpace = "Unable to write the inventory: No space left on device]";
@@ -175,11 +160,11 @@ TEST_F(FaultsTest, AFailedWriteIsAFailureWithAMessageAndNeverATruncatedDocument)
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        const e2e::ProcessResult result = RunIn(row.shell, row.args);
+        const ProcessResult result = Run(row.args, {}, row.shell);
         EXPECT_EQ(result.exitStatus, row.status);
         EXPECT_NE(result.err.find(row.err), std::string::npos) << result.err;
         EXPECT_EQ(result.err.find("I/O error"), std::string::npos) << "libxml2 spoke: " << result.err;
-        EXPECT_FALSE(e2e::PathExists(kLockFile));
+        EXPECT_FALSE(PathExists(kLockFile));
     }
     EXPECT_EQ(dir.ReadFile("small/inv.xml"), "the previous inventory");
     EXPECT_EQ(Names(small), std::vector<std::string>{"inv.xml"});  // no temporary file left

@@ -84,7 +84,7 @@ TEST_F(InterruptTest, EachSignalEndsEveryModuleGroupReleasesTheLockAndExitsAtOnc
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(strsignal(c.sig)) + (c.toGroup ? " to the group" : ""));
         for (int i = 0; i < modules; ++i) ::unlink(dir.PathOf("pids" + std::to_string(i)).c_str());
-        std::future<e2e::ProcessResult> run =
+        std::future<ProcessResult> run =
             std::async(std::launch::async, [this] { return Run({"-outc=" + dir.PathOf("inv.xml")}); });
         const std::vector<pid_t> pids = WaitForModules(modules);
         ASSERT_FALSE(pids.empty()) << "the modules never started";
@@ -93,17 +93,17 @@ TEST_F(InterruptTest, EachSignalEndsEveryModuleGroupReleasesTheLockAndExitsAtOnc
         const pid_t group = static_cast<pid_t>(std::atol(moduleStat[2].c_str()));
         // The module's group leader is the shell the collector started.
         const pid_t collector = static_cast<pid_t>(std::atol(StatFields(group)[1].c_str()));
-        ASSERT_TRUE(e2e::PathExists(kLockFile));
+        ASSERT_TRUE(PathExists(kLockFile));
 
         const auto sent = Clock::now();
         ASSERT_EQ(::kill(c.toGroup ? -collector : collector, c.sig), 0);
         ASSERT_EQ(run.wait_for(std::chrono::seconds(5)), std::future_status::ready);
         const auto took = Clock::now() - sent;
-        const e2e::ProcessResult result = run.get();
+        const ProcessResult result = run.get();
         EXPECT_EQ(result.exitStatus, 128 + c.sig);
         EXPECT_LT(took, std::chrono::seconds(1));
         EXPECT_EQ(result.err, "");
-        EXPECT_FALSE(e2e::PathExists(kLockFile));
+        EXPECT_FALSE(PathExists(kLockFile));
         EXPECT_FALSE(dir.Exists("inv.xml"));
         for (pid_t pid : pids) {
             EXPECT_TRUE(DiesWithin(pid, std::chrono::milliseconds(500)))

@@ -3,8 +3,6 @@
 namespace collection {
 namespace {
 
-const char kFailed[] = "Configured program execution failure";
-
 std::string Doc(const std::string& children) { return "<SVMInventory>" + children + "</SVMInventory>"; }
 std::string Dev(const std::string& id, const std::string& display, const std::string& apps,
                 const std::string& extra = "") {

@@ -121,7 +121,7 @@ TEST_F(ModuleSelectionTest, TheGenerationRequestReachesTheDeviceAsSentAndLoadedD
         SCOPED_TRACE(marker ? "marker file" : "no marker file");
         if (marker) dir.WriteFile("kpxdebuglog", "");
         dir.WriteFile("sim.log", "");
-        const e2e::ProcessResult result = Run({}, {{"IPMISIM_LOG", log}, {"IPMISIM_GEN", "0x30"}});
+        const ProcessResult result = Run({}, {{"IPMISIM_LOG", log}, {"IPMISIM_GEN", "0x30"}});
         EXPECT_EQ(result.exitStatus, 0);
         EXPECT_EQ(result.err, "");
         const std::string lines = dir.ReadFile("sim.log");

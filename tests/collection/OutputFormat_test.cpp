@@ -112,7 +112,7 @@ TEST_F(OutputFormatTest, JsonIsUtf8WithFixedKeysAndStringValuesAndNoErrorDocumen
     for (const auto& row : rows) {
         SCOPED_TRACE(::testing::PrintToString(row.args));
         InstallSmallInventory(row.withSystem, true);
-        const e2e::ProcessResult result = Run(row.args);
+        const ProcessResult result = Run(row.args);
         EXPECT_EQ(result.exitStatus, 1) << result.err;
         EXPECT_EQ(result.err, "");
         EXPECT_EQ(CompactJson(row.file ? dir.ReadFile(row.file) : result.out), JsonCompact(row.withSystem));
@@ -137,8 +137,7 @@ TEST_F(OutputFormatTest, FailuresGoToTheLogFileOrAfterTheInventory) {
         {true, {"-l=" + log, "-enc=UTF-8"}, false, "UTF-8"},
     };
     const auto errors = [](const std::string& encoding) {
-        return ErrorXml({{"/empty", "Configured program execution failure"}, {"/reported", "a &amp; b"}},
-                        encoding);
+        return ErrorXml({{"/empty", kFailed}, {"/reported", "a &amp; b"}}, encoding);
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(::testing::PrintToString(row.args) + (row.failures ? " with failures" : ""));

@@ -19,7 +19,7 @@ TEST_F(RunStateTest, ExitStatusIsTwoWithTheExceptionTextWhenTheConfigurationCann
     for (const bool missing : {true, false}) {
         SCOPED_TRACE(missing ? "missing" : "malformed");
         if (!missing) WriteConfigText("{\"SorVikConfig\": {");
-        const e2e::ProcessResult result = Run({});
+        const ProcessResult result = Run({});
         EXPECT_EQ(result.exitStatus, 2);
         EXPECT_EQ(result.out, missing ? "Error! Incorrect file!!\n" : "");
         EXPECT_TRUE(std::regex_match(result.err, text)) << result.err;
@@ -38,10 +38,10 @@ TEST_F(RunStateTest, WhileARunIsHeldProgressShowsItsCountersAndASecondInstanceRu
         GenericOnly({Module{"fast1", Emit(DeviceDoc("1"))}, slow, Module{"fast2", Emit(DeviceDoc("2"))}});
     config.preInstall = {Module{"pre", Note("pre")}};  // install steps are not counted
     Install(config);
-    std::future<e2e::ProcessResult> run =
+    std::future<ProcessResult> run =
         std::async(std::launch::async, [this] { return Run({"-outc=" + dir.PathOf("inv.xml")}); });
     struct Releaser {
-        const e2e::TempDir& dir;
+        const TempDir& dir;
         ~Releaser() { dir.WriteFile("release", ""); }
     } releaser{dir};
     for (int i = 0; i < 300 && !dir.Exists("started"); ++i)
@@ -49,7 +49,7 @@ TEST_F(RunStateTest, WhileARunIsHeldProgressShowsItsCountersAndASecondInstanceRu
     ASSERT_TRUE(dir.Exists("started"));
 
     // The quick modules may still be finishing.
-    e2e::ProcessResult progress;
+    ProcessResult progress;
     for (int i = 0; i < 200 && NormalizeTimestamps(progress.out) != ProgressXml(3, 2); ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(i ? 50 : 0));
         progress = Run({"-progress"});
@@ -71,11 +71,11 @@ TEST_F(RunStateTest, AfterARunProgressReportsNoInstanceAndEqualCountersRemoveThe
         EXPECT_EQ(Run({"-outc=" + dir.PathOf("inv.xml")}).exitStatus, 1);
 
         ExpectResult(Run({"-progress"}), 0, "", "No Instance of Inventory Collector is active \n");
-        EXPECT_FALSE(e2e::PathExists(kLockFile));
+        EXPECT_FALSE(PathExists(kLockFile));
         EXPECT_TRUE(ProgressSegmentExists());
 
         // With the lock held elsewhere the finished run's counters are read once.
-        e2e::ExternalFileLock holder(kLockFile);
+        FileLock holder(kLockFile);
         for (int query = 0; query < 2; ++query) {
             ExpectResult(Run({"-p"}), 0,
                          query == 0 || dropped ? ProgressXml(2, dropped ? 1 : 2) : ProgressXml(0, 0));
@@ -86,17 +86,13 @@ TEST_F(RunStateTest, AfterARunProgressReportsNoInstanceAndEqualCountersRemoveThe
     }
 }
 
-TEST_F(RunStateTest, HelpAndCommandLineErrorsNeverWaitForTheLockAndAStaleLockFileBlocksNothing) {
+TEST_F(RunStateTest, AStaleLockFileBlocksNothing) {
     Install(GenericOnly({Module{"dev", Emit(DeviceDoc("1"))}}));
-    {
-        e2e::ExternalFileLock holder(kLockFile);
-        ExpectResult(Run({"-outf=xml"}), 35, "", "Option argument is Invalid\n");
-        EXPECT_EQ(Run({"--help", "-outc=inv.xml"}).exitStatus, 0);
-    }
-    // The holder's process has ended; its file stays behind without a lock on it.
-    ASSERT_TRUE(e2e::PathExists(kLockFile));
+    { FileLock holder(kLockFile); }
+    // Its file stays behind without a lock on it.
+    ASSERT_TRUE(PathExists(kLockFile));
     ExpectResult(Run({"-p"}), 0, "", "No Instance of Inventory Collector is active \n");
-    { e2e::ExternalFileLock holder(kLockFile); }
+    { FileLock holder(kLockFile); }
     EXPECT_EQ(Run({"-outc=" + dir.PathOf("inv.xml")}).exitStatus, 1);
 }
 

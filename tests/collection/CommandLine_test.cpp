@@ -1,7 +1,8 @@
-#include <gtest/gtest.h>
+#include <unistd.h>
 
-#include "E2EHelpers.h"
+#include "CollectionSupport.h"
 
+namespace collection {
 namespace {
 
 const char kUsage[] =
@@ -27,27 +28,23 @@ struct Case {
 
 void PrintTo(const Case& c, std::ostream* os) { *os << c.name; }
 
-class SorvikCommandLineTest : public ::testing::TestWithParam<Case> {};
+class CommandLineTest : public CollectionTest, public ::testing::WithParamInterface<Case> {};
 
-// None of these reaches the lock: each ends at the command line or at help/version.
-TEST_P(SorvikCommandLineTest, ExitStatusAndOutputBytes) {
+// None of these may reach the lock, let alone wait for it: each ends at the
+// command line or at help/version while another instance holds it.
+TEST_P(CommandLineTest, ExitStatusAndOutputBytesWhileAnotherInstanceRuns) {
     const Case& c = GetParam();
-    e2e::TempDir dir;
-    e2e::RunOptions options;
-    options.args = c.args;
-    options.workingDirectory = dir.Path();
-    const e2e::ProcessResult result = e2e::RunSorvik(options);
-    ASSERT_TRUE(result.exited) << "signal " << result.termSignal;
-    EXPECT_EQ(result.exitStatus, c.status);
-    EXPECT_EQ(result.out, c.out);
-    EXPECT_EQ(result.err, c.err);
+    FileLock holder(kLockFile);
+    ExpectResult(Run(c.args), c.status, c.out, c.err);
+    holder.Release();
+    ::unlink(kLockFile);
 }
 
 const std::string kUsageText = kUsage;
 const char kValidGuid[] = "0123abcd-4567-89ef-ABCD-0123456789ef";
 
 INSTANTIATE_TEST_SUITE_P(
-    Table, SorvikCommandLineTest,
+    Table, CommandLineTest,
     // clang-format off
     ::testing::Values(
         Case{"Help", {"--help"}, 0, kUsageText, ""}, Case{"ShortHelp", {"-h"}, 0, kUsageText, ""},
@@ -55,6 +52,7 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"HelpAfterAnotherOption", {"-outc=inv.xml", "--help"}, 5, kUsageText, kInvalidOptions},
         Case{"HelpThenUnknownWord", {"--help", "-nonsense"}, 0, kUsageText, ""},
         Case{"HelpThenVersion", {"--help", "-v"}, 0, kUsageText, ""},
+        Case{"HelpThenOutput", {"--help", "-outc=inv.xml"}, 0, kUsageText, ""},
         Case{"UnknownOption", {"-nonsense"}, 5, kUsageText, kInvalidOptions},
         Case{"SingleDashHelp", {"-help"}, 5, kUsageText, kInvalidOptions},
         Case{"OutputWithoutValue", {"-outc"}, 23, kUsageText,
@@ -79,13 +77,12 @@ INSTANTIATE_TEST_SUITE_P(
     // clang-format on
     [](const ::testing::TestParamInfo<Case>& info) { return std::string(info.param.name); });
 
-TEST(SorvikHelpTest, UsageNamesSorvikWhateverTheInvokedName) {
-    e2e::TempDir dir;
-    e2e::RunOptions options;
-    options.args = {"--help"};
-    options.argv0 = "/somewhere/else/renamed-tool";
-    options.workingDirectory = dir.Path();
-    EXPECT_EQ(e2e::RunSorvik(options).out, kUsageText);
+using RenamedProgramTest = CollectionTest;
+
+TEST_F(RenamedProgramTest, UsageNamesSorvikWhateverTheInvokedName) {
+    EXPECT_EQ(RunProgram(SORVIK_BINARY, {"/somewhere/else/renamed-tool", "--help"}, dir.Path()).out,
+              kUsageText);
 }
 
 }  // namespace
+}  // namespace collection
