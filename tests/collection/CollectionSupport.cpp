@@ -103,18 +103,7 @@ std::string ModuleArray(const std::vector<Module>& modules) {
 
 }  // namespace
 
-ProcessResult RunProgram(const std::string& program, Args argv, const std::string& directory,
-                         const Environment& environment) {
-    Environment variables;
-    for (char** entry = environ; *entry != nullptr; ++entry) {
-        const std::string text(*entry);
-        const std::string::size_type equals = text.find('=');
-        if (equals != std::string::npos) variables[text.substr(0, equals)] = text.substr(equals + 1);
-    }
-    for (const auto& variable : environment) variables[variable.first] = variable.second;
-    Args envWords;
-    for (const auto& variable : variables) envWords.push_back(variable.first + "=" + variable.second);
-
+ProcessResult RunProgram(const std::string& program, Args argv, const std::string& directory) {
     int out[2], err[2];
     if (::pipe2(out, O_CLOEXEC) != 0 || ::pipe2(err, O_CLOEXEC) != 0) Fail("pipe2", errno);
     posix_spawn_file_actions_t actions;
@@ -134,8 +123,8 @@ ProcessResult RunProgram(const std::string& program, Args argv, const std::strin
     posix_spawnattr_setflags(&attributes,
                              POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
     pid_t child;
-    const int spawnError = ::posix_spawn(&child, program.c_str(), &actions, &attributes,
-                                         Pointers(argv).data(), Pointers(envWords).data());
+    const int spawnError =
+        ::posix_spawn(&child, program.c_str(), &actions, &attributes, Pointers(argv).data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     posix_spawnattr_destroy(&attributes);
     ::close(out[1]);
@@ -313,9 +302,11 @@ void CollectionTest::Install(const Config& config) const {
 
 ProcessResult CollectionTest::Run(const Args& args, const Environment& environment,
                                   const std::string& shell) const {
-    Args argv = {"sh", "-c", shell, "sh", IPMISIM_RUN_SCRIPT, SORVIK_BINARY};
+    Args argv = {"sh", "-c", shell, "sh", "env"};
+    for (const auto& variable : environment) argv.push_back(variable.first + "=" + variable.second);
+    argv.insert(argv.end(), {IPMISIM_RUN_SCRIPT, SORVIK_BINARY});
     argv.insert(argv.end(), args.begin(), args.end());
-    ProcessResult result = RunProgram("/bin/sh", argv, dir.Path(), environment);
+    ProcessResult result = RunProgram("/bin/sh", argv, dir.Path());
     EXPECT_TRUE(result.exited) << result.err;
     return result;
 }

@@ -54,12 +54,10 @@ struct ProcessResult {
 };
 
 // Runs the program (argv[0] first in argv) in the directory with /dev/null as
-// standard input, its own process group and default signal handling, and the
-// variables set on top of the inherited environment; reads standard output and
-// error apart until both close, then reaps it. The whole group is killed after
-// a minute.
-ProcessResult RunProgram(const std::string& program, Args argv, const std::string& directory,
-                         const Environment& environment = {});
+// standard input, its own process group and default signal handling; reads
+// standard output and error apart until both close, then reaps it. The whole
+// group is killed after a minute.
+ProcessResult RunProgram(const std::string& program, Args argv, const std::string& directory);
 
 std::string ReadFile(const std::string& path);
 bool PathExists(const std::string& path);
@@ -131,7 +129,8 @@ protected:
     void WriteConfigText(const std::string& text) const { dir.WriteFile("icconfig_new.json", text); }
     // The collector run in the base directory against the simulated management
     // controller (its fake module tools come first in PATH, so no kernel module
-    // is ever loaded), with its IPMISIM_* settings in environment. It is started
+    // is ever loaded), with its IPMISIM_* settings and other variables in
+    // environment. It is started
     // by "sh -c" with the shell text around it: "$@" is the collector and its
     // options, to be run in a redirection or a pipeline.
     ProcessResult Run(const Args& args, const Environment& environment = {},

@@ -1,4 +1,3 @@
-#include <dirent.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -49,18 +48,6 @@ std::string MakePidsCgroup(int limit) {
         ::rmdir(group.c_str());
     }
     return "";
-}
-
-// The names in a directory, dot files included.
-std::vector<std::string> Names(const std::string& directory) {
-    std::vector<std::string> names;
-    if (DIR* dir = ::opendir(directory.c_str())) {
-        while (const dirent* entry = ::readdir(dir))
-            if (std::string(entry->d_name) != "." && std::string(entry->d_name) != "..")
-                names.push_back(entry->d_name);
-        ::closedir(dir);
-    }
-    return names;
 }
 
 using FaultsTest = CollectionTest;
@@ -167,7 +154,10 @@ TEST_F(FaultsTest, AFailedWriteIsAFailureWithAMessageAndNeverATruncatedDocument)
         EXPECT_FALSE(PathExists(kLockFile));
     }
     EXPECT_EQ(dir.ReadFile("small/inv.xml"), "the previous inventory");
-    EXPECT_EQ(Names(small), std::vector<std::string>{"inv.xml"});  // no temporary file left
+    std::vector<std::string> names;  // no temporary file left
+    for (const auto& entry : std::filesystem::directory_iterator(small))
+        names.push_back(entry.path().filename());
+    EXPECT_EQ(names, std::vector<std::string>{"inv.xml"});
     ::umount(small.c_str());
 }
 

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <future>
+#include <iterator>
 #include <sstream>
 #include <thread>
 
@@ -15,16 +16,10 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-std::string ReadText(const std::string& path) {
-    std::ifstream in(path);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
 // The fields of /proc/<pid>/stat after the command name: state first.
 std::vector<std::string> StatFields(pid_t pid) {
-    const std::string text = ReadText("/proc/" + std::to_string(pid) + "/stat");
+    std::ifstream in("/proc/" + std::to_string(pid) + "/stat");
+    const std::string text{std::istreambuf_iterator<char>(in), {}};
     std::istringstream rest(text.substr(text.rfind(')') + 1));
     std::vector<std::string> fields;
     for (std::string field; rest >> field;) fields.push_back(field);
