@@ -11,10 +11,6 @@
  *   IPMISIM_CC           completion code of the answers (default 0x00)
  *   IPMISIM_GEN          generation byte, the sixth data byte after the
  *                        completion code (default 0x30)
- *   IPMISIM_ABSENT       when set, the device nodes do not exist (ENOENT)
- *   IPMISIM_SEND_FAIL    when set, sending a request fails (EIO)
- *   IPMISIM_NO_ANSWER    when set, no answer ever arrives (select times out
- *                        at once)
  *
  * Built without sanitizers on purpose: the library is also preloaded into the
  * shell and the module tools the program under test starts.
@@ -59,11 +55,6 @@ static int is_device_node(const char* path) {
                             strcmp(path, "/dev/ipmidev/0") == 0);
 }
 
-static int env_flag(const char* name) {
-    const char* value = getenv(name);
-    return value != NULL && value[0] != '\0';
-}
-
 static unsigned char env_byte(const char* name, unsigned char fallback) {
     const char* value = getenv(name);
     if (value == NULL || value[0] == '\0') return fallback;
@@ -94,7 +85,7 @@ static void sim_log(const char* format, ...) {
 
 /* Only "/dev/ipmi0" is simulated; the other nodes are absent. */
 static int sim_open(const char* path, int flags) {
-    if (env_flag("IPMISIM_ABSENT") || strcmp(path, "/dev/ipmi0") != 0) {
+    if (strcmp(path, "/dev/ipmi0") != 0) {
         sim_log("open %s absent", path);
         errno = ENOENT;
         return -1;
@@ -188,11 +179,6 @@ SIM_VISIBLE int __openat_2(int dirfd, const char* path, int flags) {
 }
 
 static int sim_send(struct ipmi_req* request) {
-    if (env_flag("IPMISIM_SEND_FAIL")) {
-        sim_log("send failed");
-        errno = EIO;
-        return -1;
-    }
     struct ipmi_system_interface_addr address;
     memset(&address, 0, sizeof(address));
     if (request->addr != NULL && request->addr_len >= sizeof(address))
@@ -222,7 +208,7 @@ static int sim_receive(struct ipmi_recv* received) {
     unsigned char cmd = g_pending_cmd;
     g_pending = 0;
     pthread_mutex_unlock(&g_lock);
-    if (!pending || env_flag("IPMISIM_NO_ANSWER")) {
+    if (!pending) {
         errno = EAGAIN;
         return -1;
     }
@@ -283,7 +269,7 @@ SIM_VISIBLE int select(int nfds, fd_set* readfds, fd_set* writefds, fd_set* exce
         FD_ZERO(readfds);
         if (writefds != NULL) FD_ZERO(writefds);
         if (exceptfds != NULL) FD_ZERO(exceptfds);
-        if (!pending || env_flag("IPMISIM_NO_ANSWER")) {
+        if (!pending) {
             /* No answer is coming: report the time-out without waiting for it. */
             if (timeout != NULL) timeout->tv_sec = timeout->tv_usec = 0;
             return 0;
