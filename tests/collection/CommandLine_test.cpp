@@ -5,7 +5,7 @@
 namespace collection {
 namespace {
 
-const char kUsage[] =
+const std::string kUsage =
     "\nUsage: sorvik [OPTION]...\n \t\tOptions:\n \t\t\t[ --help | -h]               \t\tFor help\n \t\t\t[ "
     "--version | -v]            \t\tInventory collector version\n \t\t\t[-outc=<file-name> | "
     "-o=<file-name>]\tOutput file\n \t\t\t[-outf=<output format>] \t\tXML or JSON output format\n "
@@ -20,7 +20,7 @@ const char kInvalidArgument[] = "Option argument is Invalid\n";
 
 struct Case {
     const char* name;
-    std::vector<std::string> args;
+    Args args;
     int status;
     std::string out;
     std::string err;
@@ -40,39 +40,36 @@ TEST_P(CommandLineTest, ExitStatusAndOutputBytesWhileAnotherInstanceRuns) {
     ::unlink(kLockFile);
 }
 
-const std::string kUsageText = kUsage;
-const char kValidGuid[] = "0123abcd-4567-89ef-ABCD-0123456789ef";
-
 INSTANTIATE_TEST_SUITE_P(
     Table, CommandLineTest,
     // clang-format off
     ::testing::Values(
-        Case{"Help", {"--help"}, 0, kUsageText, ""}, Case{"ShortHelp", {"-h"}, 0, kUsageText, ""},
+        Case{"Help", {"--help"}, 0, kUsage, ""}, Case{"ShortHelp", {"-h"}, 0, kUsage, ""},
         Case{"Version", {"-v"}, 0, "\nVERSION: 21.09.200 (BLD_1155)\n", ""},
-        Case{"HelpAfterAnotherOption", {"-outc=inv.xml", "--help"}, 5, kUsageText, kInvalidOptions},
-        Case{"HelpThenUnknownWord", {"--help", "-nonsense"}, 0, kUsageText, ""},
-        Case{"HelpThenVersion", {"--help", "-v"}, 0, kUsageText, ""},
-        Case{"HelpThenOutput", {"--help", "-outc=inv.xml"}, 0, kUsageText, ""},
-        Case{"UnknownOption", {"-nonsense"}, 5, kUsageText, kInvalidOptions},
-        Case{"SingleDashHelp", {"-help"}, 5, kUsageText, kInvalidOptions},
-        Case{"OutputWithoutValue", {"-outc"}, 23, kUsageText,
+        Case{"HelpAfterAnotherOption", {"-outc=inv.xml", "--help"}, 5, kUsage, kInvalidOptions},
+        Case{"HelpThenUnknownWord", {"--help", "-nonsense"}, 0, kUsage, ""},
+        Case{"HelpThenVersion", {"--help", "-v"}, 0, kUsage, ""},
+        Case{"HelpThenOutput", {"--help", "-outc=inv.xml"}, 0, kUsage, ""},
+        Case{"UnknownOption", {"-nonsense"}, 5, kUsage, kInvalidOptions},
+        Case{"SingleDashHelp", {"-help"}, 5, kUsage, kInvalidOptions},
+        Case{"OutputWithoutValue", {"-outc"}, 23, kUsage,
              "One of the Option specified requires Argument"},
-        Case{"VersionWithValue", {"-v=1"}, 5, kUsageText, kInvalidOptions},
-        Case{"SecondOutput", {"-outc=a.xml", "-outc=b.xml"}, 5, kUsageText, kInvalidOptions},
+        Case{"VersionWithValue", {"-v=1"}, 5, kUsage, kInvalidOptions},
+        Case{"SecondOutput", {"-outc=a.xml", "-outc=b.xml"}, 5, kUsage, kInvalidOptions},
         Case{"GuidHyphenMoved", {"-disable=0123abc-d4567-89ef-ABCD-0123456789ef"}, 35,
              "Hyphen position is not as per GUID spec\n", kInvalidArgument},
         Case{"GuidNotHex", {"-d=0123abcd-4567-89ef-ABCD-0123456789eg"}, 35, "", kInvalidArgument},
-        Case{"UnknownCategory", {"-category=FW,XX"}, 5, "XX is Invalid comptype argument\n" + kUsageText,
+        Case{"UnknownCategory", {"-category=FW,XX"}, 5, "XX is Invalid comptype argument\n" + kUsage,
              kInvalidOptions},
         Case{"UnknownComptype", {"-comptype=BIOS,XYZ"}, 35, "", kInvalidArgument},
-        Case{"LowerCaseEncoding", {"-enc=utf-8"}, 22, kUsageText, "Invalid Encoding option specified"},
+        Case{"LowerCaseEncoding", {"-enc=utf-8"}, 22, kUsage, "Invalid Encoding option specified"},
         Case{"LowerCaseFormat", {"-outf=xml"}, 35, "", kInvalidArgument},
         Case{"SerializeMaybe", {"-serialize=maybe"}, 35, "", kInvalidArgument},
         Case{"LogInMissingDirectory", {"-logc=missing/err.xml"}, 6, "",
              "Log file either does not exist or is not writable. Provide a valid writable file for avoiding "
              "this error."},
         Case{"OutputInMissingDirectory", {"-outc=missing/inv.xml"}, 35, "", kInvalidArgument},
-        Case{"ProgressWithDisable", {"-p", std::string("-disable=") + kValidGuid}, 5, kUsageText,
+        Case{"ProgressWithDisable", {"-p", "-disable=0123abcd-4567-89ef-ABCD-0123456789ef"}, 5, kUsage,
              kInvalidOptions}),
     // clang-format on
     [](const ::testing::TestParamInfo<Case>& info) { return std::string(info.param.name); });
@@ -80,8 +77,7 @@ INSTANTIATE_TEST_SUITE_P(
 using RenamedProgramTest = CollectionTest;
 
 TEST_F(RenamedProgramTest, UsageNamesSorvikWhateverTheInvokedName) {
-    EXPECT_EQ(RunProgram(SORVIK_BINARY, {"/somewhere/else/renamed-tool", "--help"}, dir.Path()).out,
-              kUsageText);
+    EXPECT_EQ(RunProgram(SORVIK_BINARY, {"/somewhere/else/renamed-tool", "--help"}, dir.Path()).out, kUsage);
 }
 
 }  // namespace
