@@ -112,71 +112,36 @@ static mode_t mode_argument(int flags, va_list args) {
     return 0;
 }
 
-SIM_VISIBLE int open(const char* path, int flags, ...) {
-    va_list args;
-    va_start(args, flags);
-    mode_t mode = mode_argument(flags, args);
-    va_end(args);
-    if (is_device_node(path)) return sim_open(path, flags);
-    static open_fn real;
-    if (real == NULL) real = (open_fn)next_symbol("open");
-    return real(path, flags, mode);
-}
-
-SIM_VISIBLE int open64(const char* path, int flags, ...) {
-    va_list args;
-    va_start(args, flags);
-    mode_t mode = mode_argument(flags, args);
-    va_end(args);
-    if (is_device_node(path)) return sim_open(path, flags);
-    static open_fn real;
-    if (real == NULL) real = (open_fn)next_symbol("open64");
-    return real(path, flags, mode);
-}
-
-SIM_VISIBLE int openat(int dirfd, const char* path, int flags, ...) {
-    va_list args;
-    va_start(args, flags);
-    mode_t mode = mode_argument(flags, args);
-    va_end(args);
-    if (is_device_node(path)) return sim_open(path, flags);
-    static openat_fn real;
-    if (real == NULL) real = (openat_fn)next_symbol("openat");
-    return real(dirfd, path, flags, mode);
-}
-
-SIM_VISIBLE int openat64(int dirfd, const char* path, int flags, ...) {
-    va_list args;
-    va_start(args, flags);
-    mode_t mode = mode_argument(flags, args);
-    va_end(args);
-    if (is_device_node(path)) return sim_open(path, flags);
-    static openat_fn real;
-    if (real == NULL) real = (openat_fn)next_symbol("openat64");
-    return real(dirfd, path, flags, mode);
-}
+/* open, open64, openat and openat64: the device node is ours, any other path
+ * goes on to the next definition with the mode, read only when the flags
+ * carry one. */
+#define SIM_OPEN(name, fn_type, params, args)                   \
+    SIM_VISIBLE int name params {                               \
+        va_list list;                                           \
+        va_start(list, flags);                                  \
+        mode_t mode = mode_argument(flags, list);               \
+        va_end(list);                                           \
+        if (is_device_node(path)) return sim_open(path, flags); \
+        static fn_type real;                                    \
+        if (real == NULL) real = (fn_type)next_symbol(#name);   \
+        return real args;                                       \
+    }
+SIM_OPEN(open, open_fn, (const char* path, int flags, ...), (path, flags, mode))
+SIM_OPEN(open64, open_fn, (const char* path, int flags, ...), (path, flags, mode))
+SIM_OPEN(openat, openat_fn, (int dirfd, const char* path, int flags, ...), (dirfd, path, flags, mode))
+SIM_OPEN(openat64, openat_fn, (int dirfd, const char* path, int flags, ...), (dirfd, path, flags, mode))
 
 /* The checked variants that fortified builds call. */
-SIM_VISIBLE int __open_2(const char* path, int flags) {
-    if (is_device_node(path)) return sim_open(path, flags);
-    static open2_fn real;
-    if (real == NULL) real = (open2_fn)next_symbol("__open_2");
-    return real(path, flags);
-}
-
-SIM_VISIBLE int __open64_2(const char* path, int flags) {
-    if (is_device_node(path)) return sim_open(path, flags);
-    static open2_fn real;
-    if (real == NULL) real = (open2_fn)next_symbol("__open64_2");
-    return real(path, flags);
-}
-
-SIM_VISIBLE int __openat_2(int dirfd, const char* path, int flags) {
-    if (is_device_node(path)) return sim_open(path, flags);
-    static openat2_fn real;
-    if (real == NULL) real = (openat2_fn)next_symbol("__openat_2");
-    return real(dirfd, path, flags);
-}
+#define SIM_OPEN_2(name, fn_type, params, args)                 \
+    SIM_VISIBLE int name params {                               \
+        if (is_device_node(path)) return sim_open(path, flags); \
+        static fn_type real;                                    \
+        if (real == NULL) real = (fn_type)next_symbol(#name);   \
+        return real args;                                       \
+    }
+SIM_OPEN_2(__open_2, open2_fn, (const char* path, int flags), (path, flags))
+SIM_OPEN_2(__open64_2, open2_fn, (const char* path, int flags), (path, flags))
+SIM_OPEN_2(__openat_2, openat2_fn, (int dirfd, const char* path, int flags), (dirfd, path, flags))
 
 static int sim_send(struct ipmi_req* request) {
     struct ipmi_system_interface_addr address;
