@@ -7,36 +7,6 @@
 
 namespace {
 
-struct PropertyRow {
-    const char* key;
-    bool single, requiresValue;
-    std::set<std::string> companions;
-};
-
-TEST(IQVROptionsTest, EveryKeyHasItsProperties) {
-    // clang-format off
-    const std::vector<PropertyRow> rows = {
-        {QVR_OPT_HELP, true, false, {}}, {QVR_OPT_VERSION, true, false, {}},
-        {QVR_OPT_PROGRESS, false, false, {QVR_OPT_ENCODE, QVR_OPT_OUT}},
-        {QVR_OPT_OUT, false, true, {}}, {QVR_OPT_LOG, false, true, {}}, {QVR_OPT_ENCODE, false, true, {}},
-        {QVR_OPT_OUTPUTFORMAT, false, true, {}}, {QVR_OPT_CATEGORY, false, true, {}},
-        {QVR_OPT_COMPTYPE, false, true, {}}, {QVR_OPT_DISABLE, false, true, {}},
-        {QVR_OPT_BDIR, false, true, {}}, {QVR_OPT_SERIALIZE, false, true, {}}};
-    // clang-format on
-    QVROptionFactory factory;
-    EXPECT_EQ(factory.GetOptions().size(), rows.size());
-    for (const PropertyRow& row : rows) {
-        IQVROptions* option = factory.GetOption(row.key);
-        ASSERT_NE(option, nullptr) << row.key;
-        EXPECT_EQ(option->IsSingleOption(), row.single) << row.key;
-        EXPECT_EQ(option->HasSingleOptionMark(), row.single) << row.key;
-        EXPECT_EQ(option->IsRequiredValue(), row.requiresValue) << row.key;
-        EXPECT_EQ(option->GetDependentOptions(), row.companions) << row.key;
-        EXPECT_TRUE(option->GetDependentOptionKey().empty()) << row.key;
-    }
-    EXPECT_EQ(factory.GetOption(QVR_OPT_LIST), nullptr);
-}
-
 struct ValueRow {
     std::string key, value;
     unsigned int code;
@@ -72,7 +42,6 @@ TEST(IQVROptionsTest, ValueChecksAnswerTheirCodeAndMessage) {
         {dis, "0123abcd-4567-89ef-ABCD-0123456789e", 35, ""},
         {dis, "0123abcd-4567-89ef-ABCD-0123456789eff", 35, ""},
         {dis, kGuid + ",bad", 35, ""}, {dis, "", 35, ""},
-        {QVR_OPT_HELP, "anything", 0, ""}, {QVR_OPT_VERSION, "", 0, ""}, {QVR_OPT_PROGRESS, "x", 0, ""},
         // The base directory is only named, not checked.
         {QVR_OPT_BDIR, "/no/inv/out", 0, "FILE PATH = /no/inv/out\nDIR PATH = /no/inv\n"}};
     // clang-format on

@@ -62,16 +62,4 @@ TEST(QVROptionArgumentValidationTest, CommandLineToCodeAndArgumentList) {
     }
 }
 
-TEST(QVROptionArgumentValidationTest, NoOptionsIsADefaultRunAndNoListIsACompleteFailure) {
-    TestArgv bare({"sorvik"});
-    QVRArgumentList list;
-    QVROptionArgumentValidation validation;
-    EXPECT_EQ(validation.ProcessArgument(bare.argc(), bare.argv(), &list), 0);
-    EXPECT_TRUE(validation.IsNoOption());
-    EXPECT_TRUE(list.GetListOfOption().empty());
-
-    TestArgv args({"sorvik", "-p"});
-    EXPECT_EQ(QVROptionArgumentValidation().ProcessArgument(args.argc(), args.argv(), nullptr), 2);
-}
-
 }  // namespace
