@@ -22,11 +22,4 @@ TEST(CQVRICExceptionTest, TextNamesTypeMessageAndEachFrameInnermostFirst) {
                  "Middle(qvr_b.cpp:22)]\n\t at Outer(qvr_c.cpp:333)");
 }
 
-TEST(CQVRBadAllocExceptionTest, ConvertedTextNamesThePlace) {
-    const std::bad_alloc original;
-    EXPECT_EQ(std::string(
-                  CQVRBadAllocException::FromBadAlloc(original, "/b/qvr_x.cpp", 118, "InitDataModel").what()),
-              std::string(original.what()) + " qvr_x.cpp InitDataModel 118\n");
-}
-
 }  // namespace
