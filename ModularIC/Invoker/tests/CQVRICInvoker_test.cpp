@@ -2,21 +2,19 @@
 
 #include <gtest/gtest.h>
 
-#include "CQVRBadAllocException.h"
 #include "CQVRInvokeProcessWithOutput.h"
 #include "InvokerTestHelpers.h"
 
 namespace {
 
 struct Sizes {
-    unsigned long p, m, s, priority, parallel, serial, findResult;
+    unsigned long p, m, s, priority, parallel, serial;
 };
 
-// findResult: the parallel count when the priority list fills the budget, else P + M.
 const Sizes kBudget[] = {
-    {3, 10, 1, 3, 4, 1, 13}, {9, 5, 0, 6, 2, 0, 2},  {2, 3, 0, 2, 3, 0, 5},   {20, 5, 0, 6, 2, 0, 2},
-    {0, 0, 0, 0, 0, 0, 0},   {0, 0, 4, 0, 0, 1, 0},  {0, 20, 3, 0, 7, 1, 20}, {8, 1, 0, 7, 1, 0, 1},
-    {7, 5, 1, 5, 2, 1, 2},   {5, 5, 0, 5, 3, 0, 10}, {10, 0, 2, 7, 0, 1, 0},  {7, 1, 2, 6, 1, 1, 1},
+    {3, 10, 1, 3, 4, 1}, {9, 5, 0, 6, 2, 0}, {2, 3, 0, 2, 3, 0},  {20, 5, 0, 6, 2, 0},
+    {0, 0, 0, 0, 0, 0},  {0, 0, 4, 0, 0, 1}, {0, 20, 3, 0, 7, 1}, {8, 1, 0, 7, 1, 0},
+    {7, 5, 1, 5, 2, 1},  {5, 5, 0, 5, 3, 0}, {10, 0, 2, 7, 0, 1}, {7, 1, 2, 6, 1, 1},
 };
 
 class CQVRICInvokerTest : public ::testing::Test {
@@ -45,18 +43,11 @@ protected:
 TEST_F(CQVRICInvokerTest, ThreadBudgetSizesEachPoolAndTheTotalLeavesOutPrePost) {
     for (const Sizes& row : kBudget) {
         SCOPED_TRACE(::testing::Message() << "P=" << row.p << " M=" << row.m << " S=" << row.s);
-        unsigned long priority = 99, parallel = 99, serial = 99;
-        CQVRICInvoker::ComputeThreadBudget(row.p, row.m, row.s, priority, parallel, serial);
-        EXPECT_EQ(row.priority, priority);
-        EXPECT_EQ(row.parallel, parallel);
-        EXPECT_EQ(row.serial, serial);
-
         CQVRModuleList rowList;
         Fill(rowList, row.p, row.m, row.s);
         invoker_test::RecordingDataModelManager rowManager;
         CQVRICInvoker invoker(nullptr, &rowManager, &rowList);
         EXPECT_EQ(static_cast<int64_t>(row.p + row.m + row.s), rowManager.GetTotalInvComponents());
-        EXPECT_EQ(row.findResult, invoker.FindNumThreadsPerInvoker(priority, parallel, serial));
         EXPECT_EQ(row.priority, Threads(invoker, QVR_IC_INVOKER_PRIORITY));
         EXPECT_EQ(row.parallel, Threads(invoker, QVR_IC_INVOKER_PARALLEL));
         EXPECT_EQ(row.serial, Threads(invoker, QVR_IC_INVOKER_SERIAL));
@@ -81,7 +72,7 @@ protected:
         const auto at = ("\n" + invoker_test::ReadFile(dir.Sub("log"))).find("\n" + marker + "\n");
         return at == std::string::npos ? -1 : static_cast<long>(at);
     }
-    invoker_test::TempDir dir;
+    ConfigDir dir;
 };
 
 TEST_F(CQVRICInvokerPhaseTest, PhasesRunInOrderAndPooledPhasesOverlap) {
@@ -89,11 +80,15 @@ TEST_F(CQVRICInvokerPhaseTest, PhasesRunInOrderAndPooledPhasesOverlap) {
     list.AddPreInventoryList(Script("pre2", 0));
     list.AddPriorityList(Script("prio", 0.5));
     list.AddModuleList(Script("par", 0.5));
+    list.AddModuleList(Detail("nocommand"));  // reported with an empty output
+    CQVRModuleDetail* library = Detail("lib");
+    library->type = "lib";  // reports nothing here
+    list.AddModuleList(library);
     list.AddSerialRunModuleList(Script("ser1", 0.3));
     list.AddSerialRunModuleList(Script("ser2", 0.1));
     list.AddPostInventoryList(Script("post", 0));
     CQVRICInvoker invoker(nullptr, &manager, &list, 20);
-    EXPECT_EQ(4, manager.GetTotalInvComponents());
+    EXPECT_EQ(6, manager.GetTotalInvComponents());
     EXPECT_EQ(0u, invoker.ProcessInventory());
     EXPECT_LT(At("end-pre1"), At("start-pre2"));
     EXPECT_LT(At("end-ser1"), At("start-ser2"));  // one serial thread: list order
@@ -104,9 +99,10 @@ TEST_F(CQVRICInvokerPhaseTest, PhasesRunInOrderAndPooledPhasesOverlap) {
         for (const std::string other : {"prio", "par", "ser1"})
             EXPECT_LT(At("start-" + name), At("end-" + other)) << name << " overlaps " << other;
     }
-    EXPECT_EQ((std::vector<std::pair<std::string, std::string>>{
-                  {"par", "par\n"}, {"prio", "prio\n"}, {"ser1", "ser1\n"}, {"ser2", "ser2\n"}}),
-              manager.Writes());
+    EXPECT_EQ(
+        (std::vector<std::pair<std::string, std::string>>{
+            {"nocommand", ""}, {"par", "par\n"}, {"prio", "prio\n"}, {"ser1", "ser1\n"}, {"ser2", "ser2\n"}}),
+        manager.Writes());
     EXPECT_TRUE(invoker_test::HasNoChildren());
 }
 

@@ -23,22 +23,10 @@ protected:
         detail->commandLine = body.empty() ? "" : "run.sh";
         return detail;
     }
-    invoker_test::TempDir dir;
+    ConfigDir dir;
     invoker_test::RecordingDataModelManager manager;
     std::vector<std::unique_ptr<CQVRModuleDetail>> details;
 };
-
-TEST_F(CQVRInvokeProcessWithOutputTest, CliModulesReportOutputLibraryModulesNothing) {
-    std::vector<CQVRModuleDetail*> modules{Module("a", "cli", "echo '<SVMInventory>a</SVMInventory>'\n"),
-                                           Module("b", "cli", "echo b\n"), Module("lib", "lib", "echo no\n"),
-                                           Module("nocommand", "cli", "")};
-    CQVRInvokeProcessWithOutput invoker(&manager, modules, 3, false, 10);
-    EXPECT_TRUE(invoker.Process());
-    EXPECT_TRUE(invoker.EndProcess());
-    EXPECT_TRUE(invoker.EndProcess());
-    EXPECT_EQ((Writes{{"a", "<SVMInventory>a</SVMInventory>\n"}, {"b", "b\n"}, {"nocommand", ""}}),
-              manager.Writes());
-}
 
 TEST_F(CQVRInvokeProcessWithOutputTest, UnknownTypeStopsTheOnlyWorkerAndLaterModulesNeverRun) {
     std::vector<CQVRModuleDetail*> modules{Module("first", "cli", "echo 1\n"),

@@ -14,9 +14,6 @@
 
 namespace invoker_test {
 
-// Module runs change the working directory; this one restores it.
-typedef ConfigDir TempDir;
-
 // Writes an executable /bin/sh script dir/name, creating dir.
 void WriteScript(const std::string& dir, const std::string& name, const std::string& body);
 std::string ReadFile(const std::string& path);

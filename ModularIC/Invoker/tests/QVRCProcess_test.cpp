@@ -29,7 +29,7 @@ protected:
                 std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count()};
     }
 
-    invoker_test::TempDir dir;
+    ConfigDir dir;
 };
 
 TEST_F(QVRCProcessTest, RunsInTheModuleDirectoryWithArgumentsAndCapturesOnlyWhenAsked) {

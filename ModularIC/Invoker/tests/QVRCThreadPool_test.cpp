@@ -46,13 +46,4 @@ TEST_F(QVRCThreadPoolTest, OneWorkerRunsTasksInQueueOrderUntilTheNullTask) {
     EXPECT_EQ(expected, journal);
 }
 
-TEST_F(QVRCThreadPoolTest, ZeroThreadsNeverRunTasks) {
-    QVRCThreadPool zero;
-    EXPECT_TRUE(zero.Initalize(0, false));
-    EXPECT_TRUE(zero.AddToThreadPool(T(1)));
-    EXPECT_TRUE(zero.JoinToThreadPool());
-    EXPECT_TRUE(zero.JoinToThreadPool());
-    EXPECT_TRUE(journal.empty());
-}
-
 }  // namespace
