@@ -90,33 +90,33 @@ TEST_F(CQVRExecCommandTest, ReadsEveryPieceUntilEndOfFileWithinOneTotalBudget) {
     EXPECT_TRUE(platform.shellCommands.empty());
 }
 
-TEST_F(CQVRExecCommandTest, TimeOutRunsTheKillLineAndDiscardsPartialOutput) {
-    CQVRExecCommand command("", "mod arg", true, 2, true, &spawner, CQVRExecCommand::kMaxOutputBytes,
-                            &platform);
-    ASSERT_TRUE(command.Execute());
-    EXPECT_TRUE(spawner.lockHeld);
-    spawner.waits = {1, 0};
-    spawner.reads = {"partial"};
-    EXPECT_TRUE(command.ReadConsoleBuffer());
-    EXPECT_EQ("", command.GetConsoleBuffer());
-    EXPECT_EQ(Calls{"kill -9 `ps --ppid " + std::to_string(getpid()) + " | grep mod arg | awk '{print $1}'`"},
-              platform.shellCommands);
-    EXPECT_EQ(std::vector<bool>{true}, platform.quietShellCommands);  // its complaints stay off stderr
-    EXPECT_EQ((Calls{"start", "killpg", "close", "reap"}), spawner.calls);
-}
-
-TEST_F(CQVRExecCommandTest, OutputPastTheLimitKillsTheModuleAndDiscardsWhatItPrinted) {
-    for (const bool capture : {true, false}) {
+TEST_F(CQVRExecCommandTest, TimeOutOrOutputPastTheLimitRunsTheKillLineAndDiscardsWhatWasPrinted) {
+    const std::string killLine =
+        "kill -9 `ps --ppid " + std::to_string(getpid()) + " | grep mod arg | awk '{print $1}'`";
+    const struct {
+        bool capture;
+        std::size_t limit;
+        std::deque<int> waits;
+        bool killed;
+    } rows[] = {{true, CQVRExecCommand::kMaxOutputBytes, {1, 0}, true},  // the second wait times out
+                {true, 10, {1, 1}, true},                                // the eleventh byte is one too many
+                {false, 10, {1, 1}, false}};  // without capture nothing is kept, so there is nothing to limit
+    for (const auto& row : rows) {
         FakeSpawner child;
-        CQVRExecCommand command("", "flood", false, 5, capture, &child, 10, &platform);
+        invoker_test::RecordingPlatform shell;
+        CQVRExecCommand command("", "mod arg", true, 2, row.capture, &child, row.limit, &shell);
         ASSERT_TRUE(command.Execute());
-        child.waits = {1, 1};
+        EXPECT_TRUE(child.lockHeld);
+        child.waits = row.waits;
         child.reads = {"12345", "67890", "", "1", "$"};
         EXPECT_TRUE(command.ReadConsoleBuffer());
         EXPECT_EQ("", command.GetConsoleBuffer());
-        // Without capture nothing is kept, so there is nothing to limit.
-        EXPECT_EQ(capture ? Calls({"start", "killpg", "close", "reap"}) : Calls({"start", "close", "reaped"}),
-                  child.calls);
+        EXPECT_EQ(
+            row.killed ? Calls({"start", "killpg", "close", "reap"}) : Calls({"start", "close", "reaped"}),
+            child.calls);
+        EXPECT_EQ(row.killed ? Calls{killLine} : Calls{}, shell.shellCommands);
+        // The kill line's complaints stay off stderr.
+        EXPECT_EQ(std::vector<bool>(row.killed ? 1 : 0, true), shell.quietShellCommands);
     }
 }
 

@@ -106,4 +106,18 @@ TEST_F(CQVRICInvokerPhaseTest, PhasesRunInOrderAndPooledPhasesOverlap) {
     EXPECT_TRUE(invoker_test::HasNoChildren());
 }
 
+// An unknown type hands the pool an empty task, which ends the worker that takes it.
+TEST_F(CQVRICInvokerPhaseTest, AnUnknownTypeStopsTheOnlyWorkerAndLaterModulesNeverRun) {
+    CQVRModuleDetail* odd = Script("odd", 0);
+    odd->type = "exe";
+    list.AddModuleList(Script("first", 0));
+    list.AddModuleList(odd);
+    list.AddModuleList(Script("never", 0));
+    CQVRInvokeProcessWithOutput invoker(&manager, list.GetModuleList(), 1, false, 10);
+    EXPECT_TRUE(invoker.Process());
+    EXPECT_TRUE(invoker.EndProcess());
+    EXPECT_EQ((std::vector<std::pair<std::string, std::string>>{{"first", "first\n"}}), manager.Writes());
+    EXPECT_EQ(-1, At("start-never"));
+}
+
 }  // namespace
