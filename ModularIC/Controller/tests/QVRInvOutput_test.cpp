@@ -4,7 +4,6 @@
 
 #include <cstring>
 #include <map>
-#include <regex>
 #include <set>
 
 #include "QVRICVersion.h"
@@ -51,7 +50,7 @@ TEST(QVRInvOutputTest, EveryCodePrintsItsMessageAndUsage) {
     }
 }
 
-TEST(QVRInvOutputTest, UsageVersionErrorAndTimeTexts) {
+TEST(QVRInvOutputTest, UsageVersionAndErrorTexts) {
     EXPECT_EQ(std::strlen(kQVRUsageFormat), 688u);
     CaptureStdout();
     CaptureStderr();
@@ -60,9 +59,6 @@ TEST(QVRInvOutputTest, UsageVersionErrorAndTimeTexts) {
     PrintError("no line end 100%\n");  // never used as a format
     EXPECT_EQ(GetCapturedStdout(), Usage("sorvik") + "\nVERSION: 21.09.200 (BLD_1155)\n");
     EXPECT_EQ(GetCapturedStderr(), "no line end 100%\n");
-    EXPECT_EQ(GetICVersion(), "21.09.200 (BLD_1155)");
-    EXPECT_EQ(GetICBuildVersion(), "1155");
-    EXPECT_TRUE(std::regex_match(GetCurrentDateAndTime(), std::regex(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d)")));
 }
 
 }  // namespace
