@@ -41,9 +41,7 @@ TEST(IQVROptionsTest, ValueChecksAnswerTheirCodeAndMessage) {
         {dis, "g123abcd-4567-89ef-ABCD-0123456789ef", 35, ""},
         {dis, "0123abcd-4567-89ef-ABCD-0123456789e", 35, ""},
         {dis, "0123abcd-4567-89ef-ABCD-0123456789eff", 35, ""},
-        {dis, kGuid + ",bad", 35, ""}, {dis, "", 35, ""},
-        // The base directory is only named, not checked.
-        {QVR_OPT_BDIR, "/no/inv/out", 0, "FILE PATH = /no/inv/out\nDIR PATH = /no/inv\n"}};
+        {dis, kGuid + ",bad", 35, ""}, {dis, "", 35, ""}};
     // clang-format on
     QVROptionFactory factory;
     for (const ValueRow& row : rows) {

@@ -69,20 +69,4 @@ TEST(QVRProcessArgumentTest, WordsToCodeAndOptionMap) {
     }
 }
 
-TEST(QVRProcessArgumentTest, ExclusionListProcessesEachBlankSeparatedWord) {
-    const std::vector<Row> rows = {
-        {{"-p  -outc=inv.xml\t-d=A"},
-         0,
-         {{QVR_OPT_PROGRESS, ""}, {QVR_OPT_OUT, "inv.xml"}, {QVR_OPT_DISABLE, "A"}}},
-        {{"-p -bogus -d=B"}, 5, {{QVR_OPT_PROGRESS, ""}}},
-        {{"--help -outc=x"}, 0, {{QVR_OPT_HELP, ""}}}};
-    for (const Row& row : rows) {
-        QVRProcessArgument processor;
-        Map options;
-        std::string list = row.words[0];
-        EXPECT_EQ(processor.CheckForExclusionList(&list, options), row.code) << list;
-        EXPECT_EQ(options, row.options) << list;
-    }
-}
-
 }  // namespace
