@@ -139,17 +139,19 @@ TEST(BmcInventoryTest, GetDeviceIdGivesTheFirmwareRevisionOrAFailure) {
                                                                                  : "error");
 }
 
-TEST(SvmDocumentTest, MarkupIsEscapedAndRoundTrips) {
-    const std::string nasty = "A&B<C>\"D'E";
+// Whatever a module reads, the document stays well-formed: markup is escaped and bytes that
+// XML cannot carry are replaced, in attributes and in failure messages alike.
+TEST(SvmDocumentTest, ValuesAreEscapedAndCleanedAndRoundTrip) {
+    const std::string nasty = "A&B<C>\"D'E\x01\xff!";
     SvmDocument doc;
-    doc.AddApplication(doc.AddNonPciDevice({"", nasty, "", "X&Y"}), {"FRMW", nasty, nasty});
+    doc.AddApplication(doc.AddNonPciDevice({"", nasty, "", "X&Y\x02"}), {"FRMW", nasty, nasty});
     doc.AddFailure("cannot read <" + nasty + ">");
     const std::string xml = doc.ToString();
     EXPECT_EQ(0u, xml.find("<?xml version=\"1.0\" encoding=\"UTF-8\"?>"));
-    EXPECT_NE(std::string::npos, xml.find("A&amp;B&lt;C&gt;&quot;D'E")) << xml;
-    EXPECT_EQ(nasty, Select(xml, "/SVMInventory/Device/Application")[0]["version"]);
+    EXPECT_NE(std::string::npos, xml.find("A&amp;B&lt;C&gt;&quot;D'E ?!")) << xml;
+    EXPECT_EQ("A&B<C>\"D'E ?!", Select(xml, "/SVMInventory/Device/Application")[0]["version"]);
     EXPECT_EQ("X&Y", Select(xml, "/SVMInventory/Device")[0]["FQDD"]);
-    EXPECT_THAT(Failures(xml), ElementsAre("cannot read <" + nasty + ">"));
+    EXPECT_THAT(Failures(xml), ElementsAre("cannot read <A&B<C>\"D'E ?!>"));
 }
 
 TEST(TextUtilTest, CleanTextKeepsDocumentsWellFormed) {
