@@ -271,7 +271,6 @@ TEST_F(StorageInventoryTest, NvmeFirmwareIsTheActiveSlotsRevisionElseSysfsWithTh
 
 TEST(DiskFqddTest, Builds) {
     const std::pair<const char*, const char*> rows[] = {
-        {"pci0000:00/0000:00:17.0/ata1/host0/target0:0:0/0:0:0:0", "Disk.0000:00:17.0.ata-1"},
         {"pci0000:00/0000:00:1c.0/0000:02:00.0/host4/target4:2:1/4:2:1:0", "Disk.0000:02:00.0.scsi-4:2:1:0"},
         {"platform/host3/target3:0:0/3:0:0:0", "Disk.scsi-3:0:0:0"},
         {"pci0000:00/0000:00:14.0/usb2/2-1/2-1:1.0/host6/target6:0:0/6:0:0:0",
