@@ -84,37 +84,29 @@ struct FakeEthtool : IEthtool {
     }
 };
 
-class NicInventoryTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        root.AddPci("0000:3b:00.0", "14e4 16d7 14e4 4140 020000");
-        root.AddPci("0000:3b:00.1", "14e4 16d7 14e4 4140 020000");
-        Interface("eno1", "pci0000:00/0000:3b:00.0", "0000:3b:00.0");
-        Interface("eno2", "pci0000:00/0000:3b:00.1", "0000:3b:00.1");
-        root.Link("../../devices/virtual/net/lo", "/sys/class/net/lo");
-    }
-    void Interface(const std::string& name, const std::string& device, const std::string& bus,
-                   const std::string& firmware = "222.0.144.0/pkg 22.21.06.80") {
-        root.Write("/sys/devices/" + device + "/");
-        root.Link("../../../devices/" + device, "/sys/class/net/" + name + "/device");
-        ethtool.answers[name] = {"bnxt_en", "6.1.0", firmware, bus};
-    }
+TEST(NicInventoryTest, FirmwareGoesOnThePciFunctionOfItsBusAddressOnceOrAFailure) {
     FakeRoot root;
     FakeEthtool ethtool;
-};
-
-TEST_F(NicInventoryTest, FirmwareGoesOnThePciFunctionOfItsBusAddressOnceOrAFailure) {
-    Interface("eno1d1", "pci0000:00/0000:3b:00.0", "0000:3b:00.0");  // shares eno1's function
-    Interface("eno3", "pci0000:00/0000:5e:00.0", "0000:5e:00.0");
-    Interface("eno4", "pci0000:00/0000:3b:00.1", "0000:3b:00.1", "N/A");
-    Interface("usb0", "usb1/1-1", "");  // no bus address
-    Interface("usb1", "usb1/1-2", "usb-0000:00:14.0-1", "rtl8153a-4");
-    ethtool.answers["eno2"].fwVersion = "N/A";
+    auto interface = [&](const char* name, const std::string& device, const char* bus,
+                         const char* firmware = "222.0.144.0/pkg 22.21.06.80") {
+        root.Write("/sys/devices/" + device + "/");
+        root.Link("../../../devices/" + device, std::string("/sys/class/net/") + name + "/device");
+        ethtool.answers[name] = {"bnxt_en", "6.1.0", firmware, bus};
+    };
+    root.AddPci("0000:3b:00.0", "14e4 16d7 14e4 4140 020000");
+    root.AddPci("0000:3b:00.1", "14e4 16d7 14e4 4140 020000");
+    root.Link("../../devices/virtual/net/lo", "/sys/class/net/lo");
+    interface("eno1", "pci0000:00/0000:3b:00.0", "0000:3b:00.0");
+    interface("eno1d1", "pci0000:00/0000:3b:00.0", "0000:3b:00.0");  // shares eno1's function
+    interface("eno2", "pci0000:00/0000:3b:00.1", "0000:3b:00.1", "N/A");
+    interface("eno3", "pci0000:00/0000:5e:00.0", "0000:5e:00.0");
+    interface("eno4", "pci0000:00/0000:3b:00.1", "0000:3b:00.1", "n/a");
+    interface("usb0", "usb1/1-1", "");  // no bus address
+    interface("usb1", "usb1/1-2", "usb-0000:00:14.0-1", "rtl8153a-4");
     // Without ethtool support, or gone meanwhile: nothing to tell; any other error is a failure.
     ethtool.failures = {{"eno5", EOPNOTSUPP}, {"eno6", ENODEV}, {"eno7", EPERM}};
     for (const char* name : {"eno5", "eno6", "eno7"})
-        root.Link("../../../devices/pci0000:00/0000:3b:00.1",
-                  std::string("/sys/class/net/") + name + "/device");
+        interface(name, "pci0000:00/0000:3b:00.1", "0000:3b:00.1");
     const std::string xml = Collect(CollectNicInventory, root, ethtool);
     auto devices = Select(xml, "/SVMInventory/Device");
     ASSERT_EQ(3u, devices.size()) << xml;  // off the PCI tree: a non-PCI device
