@@ -46,7 +46,6 @@ TEST_P(ModuleProgramTest, PrintsADocumentAndExitsWithItsStatus) {
         if (row.status == 2) {
             EXPECT_THAT(failures, ::testing::ElementsAre(::testing::HasSubstr(row.failure)));
         }
-        for (auto& message : failures) EXPECT_FALSE(message.empty());
     }
 }
 
