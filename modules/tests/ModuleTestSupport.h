@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <libxml/parser.h>
+#include <libxml/xmlschemas.h>
 #include <libxml/xpath.h>
 #include <unistd.h>
 
@@ -57,7 +58,8 @@ struct FakeRoot {
     std::string path;
 };
 
-// Attributes of each element the XPath expression selects, plus "#text" for its text.
+// Attributes of each element the XPath expression selects, plus "#text" for its text. Every
+// document looked at must also match the module document schema.
 using Attributes = std::map<std::string, std::string>;
 inline std::vector<Attributes> Select(const std::string& xml, const std::string& xpath) {
     std::vector<Attributes> result;
@@ -67,6 +69,16 @@ inline std::vector<Attributes> Select(const std::string& xml, const std::string&
         ADD_FAILURE() << "document does not parse:\n" << xml;
         return result;
     }
+    static const xmlSchemaPtr schema = [] {
+        xmlSchemaParserCtxtPtr parser = xmlSchemaNewParserCtxt(SVM_MODULE_SCHEMA);
+        xmlSchemaPtr parsed = xmlSchemaParse(parser);
+        xmlSchemaFreeParserCtxt(parser);
+        return parsed;
+    }();
+    xmlSchemaValidCtxtPtr validator = xmlSchemaNewValidCtxt(schema);
+    if (schema == nullptr || xmlSchemaValidateDoc(validator, doc) != 0)
+        ADD_FAILURE() << "document does not match " << SVM_MODULE_SCHEMA << ":\n" << xml;
+    xmlSchemaFreeValidCtxt(validator);
     xmlXPathContextPtr ctx = xmlXPathNewContext(doc);
     xmlXPathObjectPtr found = xmlXPathEvalExpression(reinterpret_cast<const xmlChar*>(xpath.c_str()), ctx);
     for (int i = 0; found != nullptr && found->nodesetval != nullptr && i < found->nodesetval->nodeNr; ++i) {
