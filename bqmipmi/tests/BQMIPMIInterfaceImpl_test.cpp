@@ -114,7 +114,7 @@ TEST_F(BQMIPMIInterfaceImplTest, ConfigurationFileOverridesTheGivenTimingAndTheR
          13}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.file ? c.file : "no file");
-        if (c.file != nullptr) ScopedWorkingDirectory::Write("BQMIPMIConfig.xml", c.file);
+        if (c.file != nullptr) WriteWholeFile("BQMIPMIConfig.xml", c.file);
         BQMIPMISession::SetConfigurationFileName(BQMString("BQMIPMIConfig.xml"));  // forgets what was read
         FakePlatform shell;
         FakeIPMIDevice controller;
@@ -136,15 +136,15 @@ TEST_F(BQMIPMIInterfaceImplTest, ConfigurationFileOverridesTheGivenTimingAndTheR
 }
 
 TEST_F(BQMIPMIInterfaceImplTest, MarkerFileAppendsTheLibrarysLinesToItsInternalLogAndNothingToStderr) {
-    ScopedWorkingDirectory::Write("kpxdebuglog", "");
-    ScopedWorkingDirectory::Write("bqmipmi_internal.log", "earlier line\n");
+    WriteWholeFile("kpxdebuglog", "");
+    WriteWholeFile("bqmipmi_internal.log", "earlier line\n");
     device.defaultAnswer = FakeIPMIDevice::Generation(0x00, 0x30);
     testing::internal::CaptureStderr();
     ASSERT_EQ(library.Initialize(&generationConfig) + library.IPMIRequest(&request), 0);
     library.Release();
     BQMLogger::Terminate();
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    const std::string log = ScopedWorkingDirectory::Read("bqmipmi_internal.log");
+    const std::string log = ReadWholeFile("bqmipmi_internal.log");
     EXPECT_EQ(log.rfind("earlier line\n", 0), 0u);
     EXPECT_NE(log.find("IPMI Request :  0x30 0xbd      IPMI Response :   0x31 0xbd 0x00 0x01 0x02 0x03 0x04 "
                        "0x05 0x30\n"),

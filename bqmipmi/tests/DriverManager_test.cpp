@@ -20,7 +20,7 @@ const Texts kUnloads = {Unload("ipmi_si"), Unload("ipmi_devintf"), Unload("ipmi_
 class DriverManagerTest : public ::testing::Test {
 protected:
     FakePlatform platform;
-    FakeOSProbe linuxHost{"", "Linux"};
+    FakeOSProbe linuxHost{nullptr, "Linux"};
     DriverManager manager{&linuxHost, kIPMIDriverUnloadPauseMs, platform};
 };
 
@@ -115,7 +115,7 @@ TEST_F(DriverManagerTest, ModulesThatCameWithTheRunAndHoldADriverGoFirstWithoutP
 }
 
 TEST_F(DriverManagerTest, EsxAndEsxiRunNoShellCommandButReleaseSkipsOnlyEsxi) {
-    FakeOSProbe esx("VMware ESX 4.1.0 (Kandinsky)", "Linux"), esxi("", "VMkernel");
+    FakeOSProbe esx("VMware ESX 4.1.0 (Kandinsky)", "Linux"), esxi(nullptr, "VMkernel");
     DriverManager onEsx(&esx, 0, platform), onEsxi(&esxi, 0, platform);
     for (DriverManager* host : {&onEsx, &onEsxi}) {
         EXPECT_EQ(host->IsIPMIDriverAvailable() + host->IsIPMIDriverAvailable() + host->ReleaseIPMIDriver(),
