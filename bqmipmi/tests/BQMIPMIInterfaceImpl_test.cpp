@@ -49,34 +49,29 @@ TEST_F(BQMIPMIInterfaceImplTest, RequestFillsTheResponseAndReleaseClosesTheDevic
     EXPECT_FALSE(std::filesystem::exists("bqmipmi_internal.log") || std::filesystem::exists("bqmipmi.log"));
 }
 
-TEST_F(BQMIPMIInterfaceImplTest, NoDriverOrNoDeviceFailsInitialize) {
-    platform.defaultStatus = FakePlatform::kNotFound;
+TEST_F(BQMIPMIInterfaceImplTest, AFailedInitializeLeavesNoDriverLoadedAndLetsNoRequestThrough) {
+    platform.defaultStatus = FakePlatform::kNotFound;  // no module tools: every load fails
     EXPECT_EQ(library.Initialize(&generationConfig), 1);
     EXPECT_EQ(library.Release(), 1);  // the low byte of 257: no session was opened
     EXPECT_TRUE(device.opened.empty());
-    platform.defaultStatus = 0;
-    device.openable.clear();
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(library.Initialize(&generationConfig), 257);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Can't open IPMI device\n");
-    EXPECT_EQ(library.IPMIRequest(&request), 257);
-}
 
-TEST_F(BQMIPMIInterfaceImplTest, DriversLoadedForADeviceThatNeverOpensAreUnloadedBeforeInitializeReturns) {
-    platform.statuses = {{"lsmod", 256}};  // none loaded; every load works
+    FakePlatform shell;
+    shell.statuses = {{"lsmod", 256}};  // none loaded; every load works
     device.openable.clear();
-    BQMIPMIInterfaceImpl quick(0, platform, device);
+    BQMIPMIInterfaceImpl quick(0, shell, device);
     testing::internal::CaptureStderr();
     EXPECT_EQ(quick.Initialize(&generationConfig), 257);
-    testing::internal::GetCapturedStderr();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Can't open IPMI device\n");
+    EXPECT_EQ(quick.IPMIRequest(&request), 257);
     Texts unloads;
-    for (const std::string& command : platform.commands)
+    for (const std::string& command : shell.commands)
         if (command.rfind("rmmod ", 0) == 0) unloads.push_back(command.substr(0, command.find(' ', 6)));
     EXPECT_EQ(unloads, (Texts{"rmmod ipmi_si", "rmmod ipmi_devintf", "rmmod ipmi_msghandler"}));
-    EXPECT_EQ(platform.sleeps.size(), 5u + 3u);  // the open's five retries, then the chosen 0 ms pauses
-    platform.commands.clear();
+    // The open's five pauses, then the unload pauses the caller chose.
+    EXPECT_EQ(shell.sleeps, (std::vector<unsigned long>{1000, 1000, 1000, 1000, 1000, 0, 0, 0}));
+    shell.commands.clear();
     quick.Release();
-    EXPECT_TRUE(platform.commands.empty());  // nothing is unloaded twice
+    EXPECT_TRUE(shell.commands.empty());  // nothing is unloaded twice
 }
 
 TEST_F(BQMIPMIInterfaceImplTest, DestroyingWithoutReleaseStillUnloadsTheDrivers) {
@@ -89,29 +84,24 @@ TEST_F(BQMIPMIInterfaceImplTest, DestroyingWithoutReleaseStillUnloadsTheDrivers)
 }
 
 TEST_F(BQMIPMIInterfaceImplTest, ConfigurationFileOverridesTheGivenTimingAndTheRequestsOwn) {
+    const std::vector<unsigned> asGiven = {61, 6, 3, 7};
+    // clang-format off
     const struct {
         const char* file;  // null: none
         bool own;          // the request brings {60, 5, 4, 9}
         std::vector<unsigned> session;
         unsigned requests, interval;
     } cases[] = {
-        {nullptr, false, {61, 6, 3, 7}, 3, 7},
-        {nullptr, true, {61, 6, 3, 7}, 4, 9},
-        {"<c><d name=\"Default\">", false, {61, 6, 3, 7}, 3, 7},  // not XML
-        {"<c><d name=\"x\"><RetryCount>1</RetryCount></d></c>", false, {61, 6, 3, 7}, 3, 7},
-        {"<c><d name=\"Other\"><RetryCount>9</RetryCount></d><d name=\"Default\"><RetryCount>2"
-         "</RetryCount></d></c>",
-         false,
-         {61, 6, 2, 7},
-         2,
-         7},
-        {"<c><d name=\"Default\"><RetryCount>1</RetryCount></d></c>", true, {61, 6, 1, 7}, 1, 7},
-        {"<c><d name=\"Default\"><e name=\"Default\"><PollingInterval>10</PollingInterval><PollingCount>11"
+        {nullptr, false, asGiven, 3, 7}, {nullptr, true, asGiven, 4, 9},
+        {"<c><d name='Default'>", false, asGiven, 3, 7},  // not XML
+        {"<c><d name='x'><RetryCount>1</RetryCount></d></c>", false, asGiven, 3, 7},
+        {"<c><d name='Other'><RetryCount>9</RetryCount></d>"
+         "<d name='Default'><RetryCount>2</RetryCount></d></c>", false, {61, 6, 2, 7}, 2, 7},
+        {"<c><d name='Default'><RetryCount>1</RetryCount></d></c>", true, {61, 6, 1, 7}, 1, 7},
+        {"<c><d name='Default'><e name='Default'><PollingInterval>10</PollingInterval><PollingCount>11"
          "</PollingCount><RetryCount> 4 </RetryCount><RetryInterval>13</RetryInterval></e></d></c>",
-         false,
-         {10, 11, 4, 13},
-         4,
-         13}};
+         false, {10, 11, 4, 13}, 4, 13}};
+    // clang-format on
     for (const auto& c : cases) {
         SCOPED_TRACE(c.file ? c.file : "no file");
         if (c.file != nullptr) WriteWholeFile("BQMIPMIConfig.xml", c.file);
