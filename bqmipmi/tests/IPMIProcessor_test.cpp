@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "CBQMIPMICommandData.h"
-#include "IPMICommandProcessorCreator.h"
 #include "IPMITestSupport.h"
 
 namespace {
@@ -33,18 +32,17 @@ TEST_F(IPMIProcessorTest, AbsentDeviceTakesFivePassesOverThreeNodesAndFiveOneSec
     device.openable.clear();
     testing::internal::CaptureStderr();
     EXPECT_EQ(processor.Initialize(), 320);
-    EXPECT_EQ(IPMICommandProcessorCreator::Create(device, platform), nullptr);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Can't open IPMI device\nCan't open IPMI device\n");
-    EXPECT_EQ(platform.sleeps, Sleeps(10, 1000));
-    ASSERT_EQ(device.opened.size(), 30u);
-    EXPECT_EQ(device.opened[27] + device.opened[28] + device.opened[29],
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Can't open IPMI device\n");
+    EXPECT_EQ(platform.sleeps, Sleeps(5, 1000));
+    ASSERT_EQ(device.opened.size(), 15u);
+    EXPECT_EQ(device.opened[12] + device.opened[13] + device.opened[14],
               "/dev/ipmi0/dev/ipmi/0/dev/ipmidev/0");
     device.openable = {"/dev/ipmidev/0"};  // the last node: found in the first pass, no pause
     EXPECT_EQ(processor.Initialize(), 0);
     processor.Release();
     processor.Release();
     EXPECT_EQ(device.closed, std::vector<int>(1, FakeIPMIDevice::kFd));
-    EXPECT_EQ(std::make_pair(device.opened.size(), platform.sleeps.size()), std::make_pair(33ul, 10ul));
+    EXPECT_EQ(std::make_pair(device.opened.size(), platform.sleeps.size()), std::make_pair(18ul, 5ul));
 }
 
 TEST_F(IPMIProcessorTest, SendsToTheSystemInterfaceWithTheNextMessageIdAndFillsTheResponse) {
