@@ -16,7 +16,6 @@
 #include "BQMIPMIData.h"
 #include "IIPMIDeviceIO.h"
 
-// Fakes for the IPMI library's seams; each installs itself for its lifetime.
 // A scripted management controller behind the device node.
 class FakeIPMIDevice : public IIPMIDeviceIO {
 public:
