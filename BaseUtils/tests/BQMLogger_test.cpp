@@ -75,6 +75,7 @@ TEST_F(BQMLoggerTest, InternalUserAndStandardErrorLinesHaveTheirFormats) {
     options.SetNumberOfLevelsToShowInUserLog(5);
     ASSERT_TRUE(BQMLogger::Initialize(options));
     CaptureStderr();
+    // The first message brings its own newline; no second one may follow.
     BQMLogger::Log(BQMString("src/Device.cpp"), BQMString("Send"), 7, BQM_LOG_ERROR, "code %d\n", 320);
     BQMLogger::Log(BQMString("f.cpp"), BQMString("Fn"), 1234, BQM_LOG_TRACE, "traced %s", "here");
     options.SetNumberOfLevelsToShowInUserLog(4);
@@ -86,7 +87,6 @@ TEST_F(BQMLoggerTest, InternalUserAndStandardErrorLinesHaveTheirFormats) {
 
     const std::vector<std::string> internal = SplitLines(ReadWholeFile(internalPath));
     const std::vector<std::string> user = SplitLines(ReadWholeFile(userPath));
-    // A message ending in a newline gets no second one.
     ASSERT_TRUE(internal.size() == 4 && err.size() == 2 && user.size() == 1);
     const std::string trace = Pad("Fn", 40) + "() " + Pad("f.cpp", 30) + ":1234 traced here";
     ExpectLine(internal[0], "BQMIPMILibrary ERROR : ",
