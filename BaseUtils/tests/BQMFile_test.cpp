@@ -12,11 +12,11 @@ namespace {
 BQMString S(const std::string& text) { return BQMString(text); }
 
 TEST(BQMFileTest, TouchRunsTouchDashCOnAnExistingFileOnly) {
-    FakePlatformImpl fake;
+    FakePlatform fake;
     ScopedTempDir dir;
     const std::string path = dir.File("data file.txt");
     WriteWholeFile(path, "x");
-    fake.shellStatus = 256;  // the command's status does not matter
+    fake.defaultStatus = 256;  // the command's status does not matter
     EXPECT_TRUE(BQMFile(S(path), fake).Touch());
     EXPECT_EQ(fake.commands, std::vector<std::string>{"touch -c " + path});  // unquoted
     EXPECT_FALSE(BQMFile(S(dir.Path()), fake).Touch());

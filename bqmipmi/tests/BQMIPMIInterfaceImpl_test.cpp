@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <tuple>
 #include <vector>
 
 #include "BQMIPMISession.h"
@@ -13,8 +12,6 @@
 #include "InitializeBQMLogger.h"
 
 namespace {
-
-typedef std::vector<std::string> Texts;
 
 class BQMIPMIInterfaceImplTest : public ::testing::Test {
 protected:
@@ -35,48 +32,27 @@ protected:
     BQMIPMIInterfaceImpl library{kIPMIDriverUnloadPauseMs, platform, device};
 };
 
-TEST_F(BQMIPMIInterfaceImplTest, RequestFillsTheResponseAndReleaseClosesTheDeviceWithoutLogging) {
-    EXPECT_EQ(library.IPMIRequest(&request), 257);  // before Initialize
-    device.defaultAnswer = FakeIPMIDevice::Generation(0x00, 0x41);
-    ASSERT_EQ(library.Initialize(&generationConfig), 0);
-    EXPECT_EQ(library.IPMIRequest(nullptr), 257);
-    EXPECT_EQ(library.IPMIRequest(&request), 0);
-    EXPECT_EQ(std::make_tuple(request.responseBuffer[2], request.responseBuffer[8], request.responseLength),
-              std::make_tuple(0x00, 0x41, 9u));
-    EXPECT_EQ(library.Release(), 0);
-    EXPECT_EQ(device.closed, std::vector<int>{FakeIPMIDevice::kFd});
-    EXPECT_FALSE(InitializeBQMLogger());  // no marker file: no log files
-    EXPECT_FALSE(std::filesystem::exists("bqmipmi_internal.log") || std::filesystem::exists("bqmipmi.log"));
-}
-
-TEST_F(BQMIPMIInterfaceImplTest, NoDriverOrNoDeviceFailsInitialize) {
-    platform.defaultStatus = FakePlatform::kNotFound;
+TEST_F(BQMIPMIInterfaceImplTest, AFailedInitializeLeavesNoDriverLoadedAndLetsNoRequestThrough) {
+    platform.defaultStatus = FakePlatform::kNotFound;  // no module tools: every load fails
     EXPECT_EQ(library.Initialize(&generationConfig), 1);
     EXPECT_EQ(library.Release(), 1);  // the low byte of 257: no session was opened
     EXPECT_TRUE(device.opened.empty());
-    platform.defaultStatus = 0;
-    device.openable.clear();
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(library.Initialize(&generationConfig), 257);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Can't open IPMI device\n");
-    EXPECT_EQ(library.IPMIRequest(&request), 257);
-}
 
-TEST_F(BQMIPMIInterfaceImplTest, DriversLoadedForADeviceThatNeverOpensAreUnloadedBeforeInitializeReturns) {
-    platform.statuses = {{"lsmod", 256}};  // none loaded; every load works
+    FakePlatform shell;
+    shell.statuses = {{"lsmod", 256}};  // none loaded; every load works
     device.openable.clear();
-    BQMIPMIInterfaceImpl quick(0, platform, device);
+    BQMIPMIInterfaceImpl quick(0, shell, device);
     testing::internal::CaptureStderr();
     EXPECT_EQ(quick.Initialize(&generationConfig), 257);
-    testing::internal::GetCapturedStderr();
-    Texts unloads;
-    for (const std::string& command : platform.commands)
-        if (command.rfind("rmmod ", 0) == 0) unloads.push_back(command.substr(0, command.find(' ', 6)));
-    EXPECT_EQ(unloads, (Texts{"rmmod ipmi_si", "rmmod ipmi_devintf", "rmmod ipmi_msghandler"}));
-    EXPECT_EQ(platform.sleeps.size(), 5u + 3u);  // the open's five retries, then the chosen 0 ms pauses
-    platform.commands.clear();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Can't open IPMI device\n");
+    EXPECT_EQ(quick.IPMIRequest(&request), 257);
+    // Three checks, three loads and three unloads; the open's five pauses, then the unload pauses chosen.
+    EXPECT_EQ(shell.commands.size(), 9u);
+    EXPECT_EQ(shell.commands.back(), "rmmod ipmi_msghandler > /dev/null 2>&1 ");
+    EXPECT_EQ(shell.sleeps, (std::vector<unsigned long>{1000, 1000, 1000, 1000, 1000, 0, 0, 0}));
+    shell.commands.clear();
     quick.Release();
-    EXPECT_TRUE(platform.commands.empty());  // nothing is unloaded twice
+    EXPECT_TRUE(shell.commands.empty());  // nothing is unloaded twice
 }
 
 TEST_F(BQMIPMIInterfaceImplTest, DestroyingWithoutReleaseStillUnloadsTheDrivers) {
@@ -89,32 +65,27 @@ TEST_F(BQMIPMIInterfaceImplTest, DestroyingWithoutReleaseStillUnloadsTheDrivers)
 }
 
 TEST_F(BQMIPMIInterfaceImplTest, ConfigurationFileOverridesTheGivenTimingAndTheRequestsOwn) {
+    const std::vector<unsigned> asGiven = {61, 6, 3, 7};
+    // clang-format off
     const struct {
         const char* file;  // null: none
         bool own;          // the request brings {60, 5, 4, 9}
         std::vector<unsigned> session;
         unsigned requests, interval;
     } cases[] = {
-        {nullptr, false, {61, 6, 3, 7}, 3, 7},
-        {nullptr, true, {61, 6, 3, 7}, 4, 9},
-        {"<c><d name=\"Default\">", false, {61, 6, 3, 7}, 3, 7},  // not XML
-        {"<c><d name=\"x\"><RetryCount>1</RetryCount></d></c>", false, {61, 6, 3, 7}, 3, 7},
-        {"<c><d name=\"Other\"><RetryCount>9</RetryCount></d><d name=\"Default\"><RetryCount>2"
-         "</RetryCount></d></c>",
-         false,
-         {61, 6, 2, 7},
-         2,
-         7},
-        {"<c><d name=\"Default\"><RetryCount>1</RetryCount></d></c>", true, {61, 6, 1, 7}, 1, 7},
-        {"<c><d name=\"Default\"><e name=\"Default\"><PollingInterval>10</PollingInterval><PollingCount>11"
+        {nullptr, false, asGiven, 3, 7}, {nullptr, true, asGiven, 4, 9},
+        {"<c><d name='Default'>", false, asGiven, 3, 7},  // not XML
+        {"<c><d name='x'><RetryCount>1</RetryCount></d></c>", false, asGiven, 3, 7},
+        {"<c><d name='Other'><RetryCount>9</RetryCount></d>"
+         "<d name='Default'><RetryCount>2</RetryCount></d></c>", false, {61, 6, 2, 7}, 2, 7},
+        {"<c><d name='Default'><RetryCount>1</RetryCount></d></c>", true, {61, 6, 1, 7}, 1, 7},
+        {"<c><d name='Default'><e name='Default'><PollingInterval>10</PollingInterval><PollingCount>11"
          "</PollingCount><RetryCount> 4 </RetryCount><RetryInterval>13</RetryInterval></e></d></c>",
-         false,
-         {10, 11, 4, 13},
-         4,
-         13}};
+         false, {10, 11, 4, 13}, 4, 13}};
+    // clang-format on
     for (const auto& c : cases) {
         SCOPED_TRACE(c.file ? c.file : "no file");
-        if (c.file != nullptr) ScopedWorkingDirectory::Write("BQMIPMIConfig.xml", c.file);
+        if (c.file != nullptr) WriteWholeFile("BQMIPMIConfig.xml", c.file);
         BQMIPMISession::SetConfigurationFileName(BQMString("BQMIPMIConfig.xml"));  // forgets what was read
         FakePlatform shell;
         FakeIPMIDevice controller;
@@ -135,19 +106,23 @@ TEST_F(BQMIPMIInterfaceImplTest, ConfigurationFileOverridesTheGivenTimingAndTheR
     }
 }
 
-TEST_F(BQMIPMIInterfaceImplTest, MarkerFileAppendsTheLibrarysLinesToItsInternalLogAndNothingToStderr) {
-    ScopedWorkingDirectory::Write("kpxdebuglog", "");
-    ScopedWorkingDirectory::Write("bqmipmi_internal.log", "earlier line\n");
+TEST_F(BQMIPMIInterfaceImplTest, OnlyTheMarkerFileTurnsOnTheLibrarysLogAndReleaseClosesTheDevice) {
+    EXPECT_EQ(library.IPMIRequest(&request), 257);  // before Initialize
+    EXPECT_FALSE(InitializeBQMLogger());            // no marker file: no log files
+    EXPECT_FALSE(std::filesystem::exists("bqmipmi_internal.log") || std::filesystem::exists("bqmipmi.log"));
+    WriteWholeFile("kpxdebuglog", "");
     device.defaultAnswer = FakeIPMIDevice::Generation(0x00, 0x30);
     testing::internal::CaptureStderr();
-    ASSERT_EQ(library.Initialize(&generationConfig) + library.IPMIRequest(&request), 0);
-    library.Release();
+    ASSERT_EQ(library.Initialize(&generationConfig), 0);
+    EXPECT_EQ(library.IPMIRequest(nullptr), 257);
+    EXPECT_EQ(library.IPMIRequest(&request) + library.Release(), 0);
+    EXPECT_EQ(device.closed, std::vector<int>{FakeIPMIDevice::kFd});
     BQMLogger::Terminate();
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    const std::string log = ScopedWorkingDirectory::Read("bqmipmi_internal.log");
-    EXPECT_EQ(log.rfind("earlier line\n", 0), 0u);
-    EXPECT_NE(log.find("IPMI Request :  0x30 0xbd      IPMI Response :   0x31 0xbd 0x00 0x01 0x02 0x03 0x04 "
-                       "0x05 0x30\n"),
+    // The whole answer, as the caller gets it, in the internal log.
+    EXPECT_NE(ReadWholeFile("bqmipmi_internal.log")
+                  .find("IPMI Request :  0x30 0xbd      IPMI Response :   0x31 0xbd 0x00 0x01 0x02 0x03 0x04 "
+                        "0x05 0x30\n"),
               std::string::npos);
 }
 

@@ -2,12 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <string>
 #include <tuple>
 #include <vector>
 
 #include "CBQMIPMICommandData.h"
-#include "IPMICommandProcessorCreator.h"
 #include "IPMITestSupport.h"
 
 namespace {
@@ -33,18 +33,17 @@ TEST_F(IPMIProcessorTest, AbsentDeviceTakesFivePassesOverThreeNodesAndFiveOneSec
     device.openable.clear();
     testing::internal::CaptureStderr();
     EXPECT_EQ(processor.Initialize(), 320);
-    EXPECT_EQ(IPMICommandProcessorCreator::Create(device, platform), nullptr);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Can't open IPMI device\nCan't open IPMI device\n");
-    EXPECT_EQ(platform.sleeps, Sleeps(10, 1000));
-    ASSERT_EQ(device.opened.size(), 30u);
-    EXPECT_EQ(device.opened[27] + device.opened[28] + device.opened[29],
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Can't open IPMI device\n");
+    EXPECT_EQ(platform.sleeps, Sleeps(5, 1000));
+    ASSERT_EQ(device.opened.size(), 15u);
+    EXPECT_EQ(device.opened[12] + device.opened[13] + device.opened[14],
               "/dev/ipmi0/dev/ipmi/0/dev/ipmidev/0");
     device.openable = {"/dev/ipmidev/0"};  // the last node: found in the first pass, no pause
     EXPECT_EQ(processor.Initialize(), 0);
     processor.Release();
     processor.Release();
     EXPECT_EQ(device.closed, std::vector<int>(1, FakeIPMIDevice::kFd));
-    EXPECT_EQ(std::make_pair(device.opened.size(), platform.sleeps.size()), std::make_pair(33ul, 10ul));
+    EXPECT_EQ(std::make_pair(device.opened.size(), platform.sleeps.size()), std::make_pair(18ul, 5ul));
 }
 
 TEST_F(IPMIProcessorTest, SendsToTheSystemInterfaceWithTheNextMessageIdAndFillsTheResponse) {
@@ -120,6 +119,28 @@ TEST_F(IPMIProcessorTest, FinalCompletionCodesStopAndTransientOnesRetryWithPause
               std::make_pair(Sleeps(2, 50), 0x99));
     EXPECT_EQ(Run(true), 320);
     EXPECT_EQ(device.sent.size(), 5u);
+}
+
+// The record the processor fills.
+TEST(CBQMIPMICommandDataTest, ConstructionClearsTheResponseAndBuffersTakeAtMost255Bytes) {
+    _BQMIPMIConfiguration configuration = {60, 5, 5, 50, 7, 9};
+    _BQMIPMICommandData record = GenerationRequest(&configuration);
+    std::memset(record.responseBuffer, 0xAB, sizeof(record.responseBuffer));
+    CBQMIPMICommandData command(&record);
+    EXPECT_EQ(std::string(record.responseBuffer, record.responseBuffer + 255), std::string(255, '\0'));
+    EXPECT_EQ(configuration.pollingByte + configuration.pollingStatus, 0u);
+    EXPECT_TRUE(command.IsPollingRequired());      // deliberately: polling byte 0 means polling is wanted
+    std::vector<unsigned char> source(256, 0x5A);  // one more than fits
+    command.SetRequestBufferData(source.data(), 256);
+    command.SetResponseBufferData(source.data(), 256);
+    EXPECT_EQ(std::make_pair(record.requestLength, record.responseLength), std::make_pair(2u, 9u));
+    EXPECT_EQ(record.responseBuffer[0], 0);
+    command.SetRequestBufferData(source.data(), 255);
+    command.SetResponseBufferData(source.data(), 255);
+    EXPECT_EQ(std::make_pair(record.requestLength, record.responseLength), std::make_pair(255u, 255u));
+    EXPECT_EQ(record.requestBuffer[254] + record.responseBuffer[254], 2 * 0x5A);
+    command.SetRequestBufferData(nullptr, 2);  // only the length
+    EXPECT_EQ(std::make_pair(record.requestLength, int(record.requestBuffer[0])), std::make_pair(2u, 0x5A));
 }
 
 }  // namespace

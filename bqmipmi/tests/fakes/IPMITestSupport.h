@@ -2,25 +2,20 @@
 #define IPMITESTSUPPORT_H
 
 #include <linux/ipmi.h>
-#include <stdlib.h>
 #include <sys/ioctl.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
 #include <deque>
-#include <filesystem>
-#include <fstream>
 #include <set>
 #include <string>
 #include <vector>
 
+// The base library's fakes (the shell, the OS probe) and temporary directories.
+#include "../../../BaseUtils/tests/BaseUtilsTestSupport.h"
 #include "BQMIPMIData.h"
-#include "CPlatformLayer.h"
-#include "IBQMOSProbe.h"
 #include "IIPMIDeviceIO.h"
 
-// Fakes for the IPMI library's seams; each installs itself for its lifetime.
 // A scripted management controller behind the device node.
 class FakeIPMIDevice : public IIPMIDeviceIO {
 public:
@@ -96,73 +91,20 @@ public:
     }
 };
 
-// Records shell commands and sleeps; a command gets the status of the first key of statuses it contains.
-class FakePlatform : public IPlatformImpl {
-public:
-    static constexpr int kNotFound = 127 << 8;  // the shell's status for a missing command
-    std::string GetCurrentDirectory() override { return "/"; }
-    bool SetCurrentDirectory(const std::string&) override { return true; }
-    int RunShellCommand(const std::string& command, bool discardStderr) override {
-        if (!discardStderr && write(STDERR_FILENO, complaint.data(), complaint.size()) < 0) complaint.clear();
-        commands.push_back(command);
-        events.push_back(command);
-        for (const auto& entry : statuses)
-            if (command.find(entry.first) != std::string::npos) return entry.second;
-        return defaultStatus;
-    }
-    // The module listing is "lsmodOutput"; reading it is an event of its own.
-    int ReadShellOutput(const std::string& command, std::string& output) override {
-        events.push_back("read " + command);
-        output = lsmodOutput;
-        return lsmodStatus;
-    }
-    void SleepMilliseconds(unsigned long milliseconds) override {
-        sleeps.push_back(milliseconds);
-        events.push_back("sleep " + std::to_string(milliseconds));
-    }
-
-    std::vector<std::pair<std::string, int>> statuses;
-    int defaultStatus = 0;    // for commands matching no key
-    std::string complaint;    // written to stderr by every command not discarding it, as a shell would
-    std::string lsmodOutput;  // what "lsmod" prints
-    int lsmodStatus = 0;
-    std::vector<std::string> commands, events;  // events: commands and "sleep <ms>" in order
-    std::vector<unsigned long> sleeps;
-};
-
-// A host with the given first line of "/etc/vmware-release" ("" for none) and uname name.
-struct FakeOSProbe : IBQMOSProbe {
-    FakeOSProbe(const char* release, const char* sysname) : release(release), sysname(sysname) {}
-    bool FileExists(const std::string&) override { return !release.empty(); }
-    bool ReadFirstLine(const std::string&, std::size_t, std::string& line) override {
-        return !(line = release).empty();
-    }
-    bool Uname(std::string& systemName, std::string&) override { return !(systemName = sysname).empty(); }
-    std::string release, sysname;
-};
-
 // A fresh temporary directory as the current directory for the object's lifetime.
-class ScopedWorkingDirectory {
+class ScopedWorkingDirectory : public ScopedTempDir {
 public:
     ScopedWorkingDirectory() : mPrevious(std::filesystem::current_path()) {
-        char pattern[] = "/tmp/bqmipmi_test_XXXXXX";
-        if (mkdtemp(pattern) != nullptr) std::filesystem::current_path(mPath = pattern);
+        if (Ok()) std::filesystem::current_path(Path());
     }
     ~ScopedWorkingDirectory() {
         std::error_code ignored;
         std::filesystem::current_path(mPrevious, ignored);
-        if (!mPath.empty()) std::filesystem::remove_all(mPath, ignored);
     }
-    bool Ok() const { return !mPath.empty(); }
-    static void Write(const std::string& name, const std::string& content) { std::ofstream(name) << content; }
-    static std::string Read(const std::string& name) {
-        std::ifstream in(name);
-        return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-    }
+    bool Ok() const { return !Path().empty(); }
 
 private:
     std::filesystem::path mPrevious;
-    std::string mPath;
 };
 
 // The generation request: network function 0x30, command 0xBD, no data, 9 bytes expected.
