@@ -79,8 +79,11 @@ int CLockManager::ProcessLock() {
 }
 
 void CLockManager::ReleaseProcessLock(int handle) {
+    // Removed while still locked: a starter that opened the file before us and
+    // locks it once we let go then finds it unlinked and starts again on a new
+    // one, instead of holding a lock that a third starter's new file ignores.
+    m_ops.Unlink(kLockFilePath);
     struct flock request = WholeFileRequest(F_UNLCK, m_ops.GetProcessId());
     m_ops.Lock(handle, F_SETLK, &request);
     m_ops.Close(handle);
-    m_ops.Unlink(kLockFilePath);
 }

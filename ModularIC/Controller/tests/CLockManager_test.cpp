@@ -69,6 +69,7 @@ class RacingOps : public ILockFileOps {
 public:
     int Open(const char* path, int flags, mode_t mode) override { return ::open(path, flags, mode); }
     int Lock(int fd, int command, struct flock* lock) override {
+        if (lock->l_type == F_UNLCK) released += "unlock ";
         if (command == F_SETLK && lock->l_type == F_WRLCK && ++locks == 1) {
             ::unlink(CLockManager::kLockFilePath);
             replacement = ::open(CLockManager::kLockFilePath, O_WRONLY | O_CREAT | O_CLOEXEC, 0222);
@@ -78,9 +79,13 @@ public:
     int Close(int fd) override { return ::close(fd); }
     int Fstat(int fd, struct stat* info) override { return ::fstat(fd, info); }
     int Stat(const char* path, struct stat* info) override { return ::stat(path, info); }
-    int Unlink(const char* path) override { return ::unlink(path); }
+    int Unlink(const char* path) override {
+        released += "unlink ";
+        return ::unlink(path);
+    }
     pid_t GetProcessId() override { return ::getpid(); }
     int locks = 0;
+    std::string released;
     int replacement = -1;
 };
 
@@ -95,6 +100,9 @@ TEST(CLockManagerTest, ALockTakenOnAFileRemovedMeanwhileIsTakenAgainOnTheFileAtT
     ASSERT_EQ(::fstat(handle, &held) | ::stat(CLockManager::kLockFilePath, &named), 0);
     EXPECT_EQ(held.st_ino, named.st_ino);
     manager.ReleaseProcessLock(handle);
+    // Unlocked first, the file could be locked by a starter that opened it
+    // earlier and still pass that starter's check before it is removed.
+    EXPECT_EQ(ops.released, "unlink unlock ");
     ::close(ops.replacement);
     EXPECT_FALSE(LockFileExists());
 }
