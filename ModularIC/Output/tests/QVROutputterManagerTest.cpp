@@ -3,10 +3,8 @@
 #include "OutputTestSupport.h"
 #include "QVRArgumentList.h"
 #include "QVRDataModel.h"
-#include "QVRJSONFactory.h"
 #include "QVROptionKeys.h"
 #include "QVROutputterManager.h"
-#include "QVRXMLFactory.h"
 
 using namespace outtest;
 
@@ -28,15 +26,8 @@ protected:
     QVROutputterManager* manager = QVROutputterManager::GetInstance();
 };
 
-TEST_F(Manager, FormatNamesAreCaseInsensitiveAndUnknownOnesRefused) {
-    for (const char* name : {"xml", "XML", "Xml", "json", "JSON", "Json"}) {
-        const bool xml = (name[0] | 0x20) == 'x';
-        EXPECT_TRUE(manager->InitFactory(name, &model, &args)) << name;
-        EXPECT_EQ(dynamic_cast<QVRXMLFactory*>(manager->GetFactory()) != nullptr, xml) << name;
-        EXPECT_EQ(dynamic_cast<QVRJSONFactory*>(manager->GetFactory()) != nullptr, !xml) << name;
-    }
-    manager->Release();
-    manager = QVROutputterManager::GetInstance();
+// The known names in either case are the golden table's.
+TEST_F(Manager, AnUnknownFormatIsRefusedBeforeAnythingIsWritten) {
     EXPECT_FALSE(manager->InitFactory("yaml", &model, &args));
     args.insertValue(QVR_OPT_OUT, dir.Path("o"));
     args.insertValue(QVR_OPT_OUTPUTFORMAT, "html");
