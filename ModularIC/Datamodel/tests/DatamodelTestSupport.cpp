@@ -1,10 +1,5 @@
 #include "DatamodelTestSupport.h"
 
-FakeShmApi& TestShm() {
-    static FakeShmApi fake;
-    return fake;
-}
-
 std::string Inventory(const std::string& body) {
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<SVMInventory lang=\"en\">\n" + body +
            "</SVMInventory>\n";

@@ -5,11 +5,6 @@
 #include <vector>
 
 #include "CDeviceInfo.h"
-#include "FakeShmApi.h"
-#include "QVRSharedMemGlobals.h"
-
-// The fake shared memory every datamodel test runs on (installed before main).
-FakeShmApi& TestShm();
 
 // Owns the records a test receives.
 struct Records {
