@@ -95,6 +95,13 @@ TEST(ModuleOutputElements, EachElementRule) {
          {nic, sys, fail, "Disk app|2|FRMW|1|2|0|", "failed"}},
         {"<SVMInventory>" + PciDevice("1", "1") + "<Unknown/></SVMInventory>", {nic, "failed"}},
         {"<SVMInventory><Unknown/><System systemID=\"1\"/></SVMInventory>", {sys}},
+        {"<SVMInventory><!--c--><System systemID=\"1\"/></SVMInventory><!--end--><?pi x?>", {sys}},
+        {"<SVMInventory><System systemID=\"1\"/><?pi x?></SVMInventory>", {sys, "failed"}},
+        {"<SVMInventory><System systemID=\"1\"/><!--c--></SVMInventory>", {sys, "failed"}},
+        // Entity content is not taken for children of the root or of a device.
+        {"<!DOCTYPE SVMInventory [<!ENTITY s \"<System systemID='1'/>\"><!ENTITY a '" + app +
+             "'>]><SVMInventory><Device componentID=\"1\">&a;</Device>&s;</SVMInventory>",
+         {"failed"}},
         // Empty output is an execution failure; a cut document an invalid one.
         {"", {fail + "Configured program execution failure", "failed"}},
         {"garbage <SVMInventory", {fail + kInvalid, "failed"}},
