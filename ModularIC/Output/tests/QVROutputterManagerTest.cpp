@@ -10,10 +10,16 @@ using namespace outtest;
 
 namespace {
 
+// The document's bytes; in UTF-16 little-endian with a byte-order mark, as libxml2 writes it.
 std::string Progress(const std::string& encoding, const std::string& total, const std::string& completed) {
-    return "<?xml version=\"1.0\" encoding=\"" + encoding +
-           "\"?>\n<SorVikProgress lang=\"en\" timestamp=\"2016-03-01 10:22:05\" totalInvComponents=\"" +
-           total + "\" completedInvComponents=\"" + completed + "\"/>\n";
+    const std::string text =
+        "<?xml version=\"1.0\" encoding=\"" + encoding +
+        "\"?>\n<SorVikProgress lang=\"en\" timestamp=\"2016-03-01 10:22:05\" totalInvComponents=\"" + total +
+        "\" completedInvComponents=\"" + completed + "\"/>\n";
+    if (encoding != "UTF-16") return text;
+    std::string bytes("\xFF\xFE", 2);
+    for (char c : text) bytes += std::string{c, '\0'};
+    return bytes;
 }
 
 class Manager : public ::testing::Test {
@@ -44,8 +50,8 @@ TEST_F(Manager, ProgressDocumentTakesTheEncodingOptionAlsoOnStandardOutput) {
     };
     const Row rows[] = {
         {"", nullptr, 14, 9, Progress("UTF-8", "14", "9")},
-        {"", "UTF-16", 14, 9, Utf16LeWithBom(Progress("UTF-16", "14", "9"))},
-        {"p.xml", nullptr, 0, 0, Utf16LeWithBom(Progress("UTF-16", "0", "0"))},
+        {"", "UTF-16", 14, 9, Progress("UTF-16", "14", "9")},
+        {"p.xml", nullptr, 0, 0, Progress("UTF-16", "0", "0")},
         {"p.xml", "UTF-8", -1, 2147483647, Progress("UTF-8", "-1", "2147483647")},
     };
     for (const Row& row : rows) {
