@@ -198,6 +198,11 @@ TEST(BadModuleOutput, MalformedOrHostileDocumentsBecomeOneInvalidRecordQuickly) 
     Module(Inventory("<Device><Application componentType=\"FRMW\" version=\"" + big + "\"/></Device>"), &out);
     ASSERT_EQ(out.size(), 1u);
     EXPECT_EQ(out[0].getVersion(), big);
+    // libxml2's error handlers are process-wide: silencing the module's parses
+    // must not silence the rest of the process.
+    ::testing::internal::CaptureStderr();
+    EXPECT_EQ(xmlParseDoc(reinterpret_cast<const xmlChar*>("<broken")), nullptr);
+    EXPECT_NE(::testing::internal::GetCapturedStderr(), "");
 }
 
 // The module path never reads a file through an entity, even
