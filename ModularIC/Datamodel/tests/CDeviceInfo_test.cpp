@@ -4,9 +4,6 @@
 
 #include <tuple>
 
-#include "QVRCICInfo.h"
-#include "QVRDataModel.h"
-
 namespace {
 
 CDeviceInfo FullDevice() {
@@ -54,30 +51,6 @@ TEST(CDeviceInfo, DuplicateTestAndEqualityEachCompareTheirOwnFields) {
         EXPECT_EQ(a == b, std::get<3>(row)) << std::get<0>(row);
     }
     EXPECT_FALSE(a.checkForEquality(nullptr));
-    CDeviceInfo b(a);  // deep copy
-    b.setDependencyOS(std::vector<SOSInfo>(1));
-    EXPECT_TRUE(a.getDependencyOS().empty());
-    b.setFilePath("FOLDER\\sub\\file.exe");
-    EXPECT_EQ(b.getFilePath(), std::string(CDeviceInfo::kDownloadBaseURL) + "FOLDER/sub/file.exe");
-    b.setPCIInfo(0x8086, 0x1521, 0x1028, 0x1F60);
-    EXPECT_EQ(b.getPCIInfo().subDeviceID, "1f60");
-}
-
-TEST(QVRDataModel, FilesRecordsByStatusAndKeepsTheFirstOperatingSystemList) {
-    QVRDataModel model;
-    CDeviceInfo* ok = new CDeviceInfo();
-    ok->setStatus(0);
-    EXPECT_TRUE(model.Add(ok) && model.Add(new CDeviceInfo()));  // status -1 is not success
-    EXPECT_FALSE(model.Add(nullptr));
-    EXPECT_EQ(model.GetDeviceList(), std::vector<CDeviceInfo*>{ok});
-    EXPECT_EQ(model.GetErrorList().size(), 1u);
-    CDeviceInfo record;
-    record.setDependencyOS(std::vector<SOSInfo>(2));
-    EXPECT_TRUE(model.AddOperatingSystemInfo(&record));
-    record.setDependencyOS(std::vector<SOSInfo>(5));  // the repeats every module output carries
-    EXPECT_TRUE(model.AddOperatingSystemInfo(&record));
-    EXPECT_EQ(model.GetOperatingSystemList().size(), 2u);
-    EXPECT_EQ(QVRCICInfo::BuildFromVersion("1.0 (A_B_42)") + QVRCICInfo::BuildFromVersion("1.0)_x"), "42");
 }
 
 }  // namespace

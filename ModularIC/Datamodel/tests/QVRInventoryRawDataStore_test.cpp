@@ -7,9 +7,10 @@
 #include <thread>
 
 #include "DatamodelTestSupport.h"
+#include "FakeShmApi.h"
 #include "QVRDataModelManager.h"
-#include "QVRInventoryDataFactory.h"
 #include "QVROptionKeys.h"
+#include "QVRSharedMemGlobals.h"
 
 namespace {
 
@@ -69,35 +70,6 @@ TEST(RemoveDuplicates, AgreesWithThePairwiseRuleOnMixedRecordsAndScales) {
     EXPECT_EQ(many.size(), 5000u);
 }
 
-IQVRInventoryRawData* Raw(std::string identity, std::string output) {
-    return QVRInventoryDataFactory()(identity, output, nullptr);
-}
-
-TEST(QVRInventoryRawDataStore, CountsPublishesAndProcessesInArrivalOrder) {
-    QVRInventoryRawDataStore store(TestShm());
-    store.SetTotalInvComponents(14);
-    ASSERT_TRUE(store.WriteData(Raw("first", Inventory(PciDevice("1", "1.0", "FRMW", "from first")))));
-    TestShm().failGet = true;  // a failing progress write still stores and counts
-    ASSERT_TRUE(store.WriteData(Raw("broken", "")));
-    TestShm().failGet = false;
-    ASSERT_TRUE(store.WriteData(Raw("second", Inventory(PciDevice("1", "1.0", "FRMW", "from second") +
-                                                        PciDevice("1", "2.0", "FRMW", "newer")))));
-    EXPECT_FALSE(store.WriteData(nullptr));
-    FakeShmApi::Write stored;
-    ASSERT_TRUE(TestShm().Read(QVR_PROGRESS_SHM_KEY, &stored));
-    EXPECT_EQ(std::make_pair(stored.total, stored.completed), std::make_pair(14, 3));
-    std::vector<CDeviceInfo*> ready = {Record("7", "1", 0, "own"), Record("7", "1", 0, "own again")};
-    std::string identity = "collector";
-    EXPECT_TRUE(store.WriteData(identity, ready));  // ready-made records: stored, not counted
-    EXPECT_EQ(store.GetCompletedInvComponents(), 3);
-    Records out, again;
-    EXPECT_TRUE(store.Process(out.items));
-    EXPECT_EQ(Displays(out.items), (Strings{"from first firmware", "broken", "newer firmware", "own"}));
-    store.Process(again.items);
-    EXPECT_EQ(again.size(), 0u);
-    store.WriteData(Raw("unprocessed", Inventory(PciDevice("1", "1"))));  // released with the store
-}
-
 class ManagerTest : public ::testing::Test {
 protected:
     void TearDown() override { delete manager; }
@@ -107,30 +79,33 @@ protected:
     QVRArgumentList args;
 };
 
-TEST_F(ManagerTest, FilesEveryKindOfRecordAndNeverCountsADroppedOutput) {
+TEST_F(ManagerTest, FilesEveryKindOfRecordInArrivalOrderAndNeverCountsADroppedOutput) {
     args.insertValue(QVR_OPT_COMPTYPE, "FRMW,BIOS");
     ASSERT_TRUE(manager->Initialize(&model, &args));
     std::string a = "nicinv", b = "biosinv", c = "dead", d = "noise", none, dOut = "plain text";
-    std::string aOut =
-        Inventory(PciDevice("101", "1.0") + PciDevice("102", "1.0", "DRVR") + "<System systemID=\"0A1B\"/>" +
-                  OperatingSystem("Debian", "12") + OperatingSystem("Linux", "6"));
-    std::string bOut = Inventory(PciDevice("101", "1.0") + NonPciDevice("159", "2.1", "BIOS.1", "BIOS") +
-                                 "<SPStatus result=\"false\"><Message>partial</Message></SPStatus>" +
-                                 OperatingSystem("Other", "1"));
-    ASSERT_TRUE(manager->WriteData(a, aOut) && manager->WriteData(b, bOut) && manager->WriteData(c, none));
+    std::string aOut = Inventory(PciDevice("101", "1.0", "FRMW", "first") + PciDevice("102", "1.0", "DRVR") +
+                                 "<System systemID=\"0A1B\"/>" + OperatingSystem("Debian", "12") +
+                                 OperatingSystem("Linux", "6"));
+    std::string bOut = Inventory(
+        PciDevice("101", "1.0", "FRMW", "second") + NonPciDevice("159", "2.1", "BIOS.1", "BIOS") +
+        "<SPStatus result=\"false\"><Message>partial</Message></SPStatus>" + OperatingSystem("Other", "1"));
+    ASSERT_TRUE(manager->WriteData(a, aOut) && manager->WriteData(b, bOut));
+    shm.failGet = true;  // a failing progress write still stores and counts
+    ASSERT_TRUE(manager->WriteData(c, none));
+    shm.failGet = false;
     EXPECT_FALSE(manager->WriteData(d, dOut));
     EXPECT_EQ(manager->GetCompletedInvComponents(), 3);
     // A later Initialize replaces the filter; stored outputs stay valid.
     ASSERT_TRUE(manager->Initialize(&model, &args));
     EXPECT_TRUE(manager->Process());
-    ASSERT_EQ(model.GetDeviceList().size(), 2u);
-    EXPECT_EQ(model.GetDeviceList()[0]->getComponentID() + model.GetDeviceList()[1]->getComponentID(),
-              "101159");
+    // Of two duplicates from different outputs the earlier stays.
+    EXPECT_EQ(Displays(model.GetDeviceList()), (Strings{"first firmware", "Disk app"}));
     EXPECT_EQ(Displays(model.GetErrorList()), (Strings{"biosinv", "dead"}));
     EXPECT_EQ(model.GetErrorList()[0]->getErrorMsg(), "partial");
     EXPECT_EQ(model.GetSystemInfo()->getSystemID(), "0A1B");
     ASSERT_EQ(model.GetOperatingSystemList().size(), 2u);  // the first module's entries
     EXPECT_EQ(model.GetOperatingSystemList()[1].name, "Linux");
+    manager->WriteData(a, aOut);  // never processed: released with the manager
 }
 
 TEST_F(ManagerTest, ConcurrentWritersAgreeWithCountsAndStoredOutputs) {

@@ -3,19 +3,23 @@
 #include "OutputTestSupport.h"
 #include "QVRArgumentList.h"
 #include "QVRDataModel.h"
-#include "QVRJSONFactory.h"
 #include "QVROptionKeys.h"
 #include "QVROutputterManager.h"
-#include "QVRXMLFactory.h"
 
 using namespace outtest;
 
 namespace {
 
+// The document's bytes; in UTF-16 little-endian with a byte-order mark, as libxml2 writes it.
 std::string Progress(const std::string& encoding, const std::string& total, const std::string& completed) {
-    return "<?xml version=\"1.0\" encoding=\"" + encoding +
-           "\"?>\n<SorVikProgress lang=\"en\" timestamp=\"2016-03-01 10:22:05\" totalInvComponents=\"" +
-           total + "\" completedInvComponents=\"" + completed + "\"/>\n";
+    const std::string text =
+        "<?xml version=\"1.0\" encoding=\"" + encoding +
+        "\"?>\n<SorVikProgress lang=\"en\" timestamp=\"2016-03-01 10:22:05\" totalInvComponents=\"" + total +
+        "\" completedInvComponents=\"" + completed + "\"/>\n";
+    if (encoding != "UTF-16") return text;
+    std::string bytes("\xFF\xFE", 2);
+    for (char c : text) bytes += std::string{c, '\0'};
+    return bytes;
 }
 
 class Manager : public ::testing::Test {
@@ -28,15 +32,8 @@ protected:
     QVROutputterManager* manager = QVROutputterManager::GetInstance();
 };
 
-TEST_F(Manager, FormatNamesAreCaseInsensitiveAndUnknownOnesRefused) {
-    for (const char* name : {"xml", "XML", "Xml", "json", "JSON", "Json"}) {
-        const bool xml = (name[0] | 0x20) == 'x';
-        EXPECT_TRUE(manager->InitFactory(name, &model, &args)) << name;
-        EXPECT_EQ(dynamic_cast<QVRXMLFactory*>(manager->GetFactory()) != nullptr, xml) << name;
-        EXPECT_EQ(dynamic_cast<QVRJSONFactory*>(manager->GetFactory()) != nullptr, !xml) << name;
-    }
-    manager->Release();
-    manager = QVROutputterManager::GetInstance();
+// The known names in either case are the golden table's.
+TEST_F(Manager, AnUnknownFormatIsRefusedBeforeAnythingIsWritten) {
     EXPECT_FALSE(manager->InitFactory("yaml", &model, &args));
     args.insertValue(QVR_OPT_OUT, dir.Path("o"));
     args.insertValue(QVR_OPT_OUTPUTFORMAT, "html");
@@ -53,8 +50,8 @@ TEST_F(Manager, ProgressDocumentTakesTheEncodingOptionAlsoOnStandardOutput) {
     };
     const Row rows[] = {
         {"", nullptr, 14, 9, Progress("UTF-8", "14", "9")},
-        {"", "UTF-16", 14, 9, Utf16LeWithBom(Progress("UTF-16", "14", "9"))},
-        {"p.xml", nullptr, 0, 0, Utf16LeWithBom(Progress("UTF-16", "0", "0"))},
+        {"", "UTF-16", 14, 9, Progress("UTF-16", "14", "9")},
+        {"p.xml", nullptr, 0, 0, Progress("UTF-16", "0", "0")},
         {"p.xml", "UTF-8", -1, 2147483647, Progress("UTF-8", "-1", "2147483647")},
     };
     for (const Row& row : rows) {

@@ -15,8 +15,8 @@
 
 // An in-memory stand-in for System V shared memory, shared by the tests of
 // every subsystem that publishes progress. One segment per key; every attach
-// hands out a pointer into the segment's buffer. Calls can be made to fail, and
-// every call is counted. Thread-safe.
+// hands out a pointer into the segment's buffer. Calls can be made to fail;
+// attaches are counted, detaches and removals recorded. Thread-safe.
 class FakeShmApi : public IQVRShmApi {
 public:
     struct Write {
@@ -27,21 +27,15 @@ public:
     bool failGet = false;
     bool failAttach = false;
 
-    int Get(key_t key, std::size_t size, int flags) override {
+    // Creates the segment when absent, as the channel always asks (IPC_CREAT).
+    int Get(key_t key, std::size_t size, int) override {
         std::lock_guard<std::mutex> lock(m_mutex);
-        lastKey = key;
-        lastSize = size;
-        lastFlags = flags;
         if (failGet) {
             errno = EACCES;
             return -1;
         }
         std::map<key_t, int>::iterator it = m_ids.find(key);
         if (it == m_ids.end()) {
-            if ((flags & IPC_CREAT) == 0) {
-                errno = ENOENT;
-                return -1;
-            }
             m_segments.emplace_back(size, 0);
             it = m_ids.insert(std::make_pair(key, static_cast<int>(m_segments.size()))).first;
             m_keys[it->second] = key;
@@ -62,13 +56,11 @@ public:
     }
     int Detach(const void* address) override {
         std::lock_guard<std::mutex> lock(m_mutex);
-        ++detachCalls;
         detached.push_back(address);
         return 0;
     }
     int Remove(int id) override {
         std::lock_guard<std::mutex> lock(m_mutex);
-        ++removeCalls;
         removed.push_back(id);
         std::map<int, key_t>::iterator it = m_keys.find(id);
         if (it == m_keys.end()) {
@@ -88,17 +80,8 @@ public:
         std::memcpy(out, m_segments[it->second - 1].data(), sizeof *out);
         return true;
     }
-    bool Exists(key_t key) {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        return m_ids.count(key) != 0;
-    }
 
     int attachCalls = 0;
-    int detachCalls = 0;
-    int removeCalls = 0;
-    key_t lastKey = 0;
-    std::size_t lastSize = 0;
-    int lastFlags = 0;
     std::vector<const void*> detached;
     std::vector<int> removed;
 
