@@ -67,6 +67,7 @@ public:
     static std::string BuildKillCommand(long ownPid, const std::string& command);
 
 private:
+    void GrowConsoleBuffer(std::size_t more);
     void KillChild(const char* reason);
     int ReapAfterEndOfOutput(long long deadline);
 

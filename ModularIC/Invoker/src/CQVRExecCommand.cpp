@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <memory>
@@ -107,6 +108,7 @@ bool CQVRExecCommand::ReadConsoleBuffer() {
                     break;
                 }
                 try {
+                    if (m_consoleBuffer.size() + size > m_consoleBuffer.capacity()) GrowConsoleBuffer(size);
                     m_consoleBuffer.append(buffer, size);
                 } catch (const std::bad_alloc&) {
                     overflow = true;
@@ -136,6 +138,15 @@ bool CQVRExecCommand::ReadConsoleBuffer() {
     m_exitStatus = status;
     m_pipe = QVRChildHandle();
     return true;
+}
+
+void CQVRExecCommand::GrowConsoleBuffer(std::size_t more) {
+    // Each growth copies what was read so far, old and new copies resident at
+    // once. Past half the limit the buffer goes straight to the limit, so the
+    // largest output, flood or not, costs about the limit and never twice it.
+    std::size_t wanted = std::max(m_consoleBuffer.size() + more, 2 * m_consoleBuffer.capacity());
+    if (wanted > m_outputLimit / 2) wanted = std::max(m_outputLimit, m_consoleBuffer.size() + more);
+    m_consoleBuffer.reserve(wanted);
 }
 
 void CQVRExecCommand::KillChild(const char* reason) {
