@@ -12,7 +12,7 @@
 #include <vector>
 
 // The base library's fakes (the shell, the OS probe) and temporary directories.
-#include "../../../BaseUtils/tests/BaseUtilsTestSupport.h"
+#include "BaseUtilsTestSupport.h"
 #include "BQMIPMIData.h"
 #include "IIPMIDeviceIO.h"
 
