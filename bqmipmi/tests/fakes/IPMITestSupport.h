@@ -11,9 +11,8 @@
 #include <string>
 #include <vector>
 
-// The base library's fakes (the shell, the OS probe) and temporary directories.
-#include "BaseUtilsTestSupport.h"
 #include "BQMIPMIData.h"
+#include "BaseUtilsTestSupport.h"  // the shell and OS probe fakes, temporary directories
 #include "IIPMIDeviceIO.h"
 
 // A scripted management controller behind the device node.
