@@ -15,6 +15,7 @@ TEST(BQMLXOperatingSystemVersionTest, EsxIs18EsxiIs19AndAnythingElse0) {
     // clang-format off
     const struct { const char *release, *sysname; bool unameWorks; int code; } cases[] = {
         {nullptr, "Linux", true, 0}, {"VMware ESX Server 3", "Linux", true, 18},
+        {"Release: VMware ESX 4\n", "Linux", true, 18},  // anywhere in the line
         {longLine.c_str(), "Linux", true, 0},  // only the first 1024 characters count
         {"VMware Workstation\n", "Linux", true, 0}, {nullptr, "VMkernel2", true, 0},
         {nullptr, "VMkernel", true, 19}, {"VMware ESX 4\n", "VMKERNEL", true, 19},

@@ -62,7 +62,7 @@ TEST_F(DriverManagerTest, ReleaseUnloadsWhatTheRunLoadedAndWhatCameWithIt) {
         {{noneLoaded}, "ipmi_si 61440 0\nipmi_msghandler 77824 2 ipmi_devintf,ipmi_si\n", {}, all},
         // ipmi_devintf was there before: its holders are not this run's doing.
         {{{"grep ipmi_devintf", 0}, noneLoaded},
-         "ipmi_devintf 20480 1 someone_else\nipmi_msghandler 77824 1 ipmi_devintf [permanent]\n",
+         "ipmi_devintf 20480 1 someone_else\nipmi_msghandler 77824 1 ipmi_devintf,[permanent]\n",
          {},
          {"ipmi_si", "ipmi_msghandler"}},
         {{noneLoaded}, nullptr, {}, all},  // no listing: its holder is unknown, the drivers still go
