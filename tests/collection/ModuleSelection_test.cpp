@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <regex>
 
 #include "CollectionSupport.h"
@@ -12,75 +11,41 @@ protected:
     Module Marking(const std::string& name, const std::string& compType = "NA") const {
         return Module{name, Note(name) + Emit("<SVMInventory/>"), compType};
     }
-    // Notes its start and end around a short sleep.
-    Module Timed(const std::string& name) const {
-        return Module{name, Note("start " + name) + "sleep 0.3\n" + Note("end " + name)};
-    }
 };
 
-TEST_F(ModuleSelectionTest, DisableSkipsGenerationModulesButNeverInstallSteps) {
+// The option rules are the module manager's table and the phases the
+// invoker's; this is their way from the command line into a run.
+TEST_F(ModuleSelectionTest, SelectionOptionsReachTheRun) {
     const std::string guid = "0e5d1c2a-0000-4000-8000-0000000000";
-    Module pre = Marking("pre"), post = Marking("post"), a = Marking("a"), c = Marking("c");
+    Module pre = Marking("pre"), post = Marking("post"), a = Marking("a", "BIOS"), b = Marking("b", "DRVR"),
+           c = Marking("c");
+    a.script.insert(0, "sleep 0.2\n");  // run side by side, c ends first and a last
+    b.script.insert(0, "sleep 0.1\n");
     pre.guid = guid + "01", post.guid = guid + "02", a.guid = guid + "0a";
     c.guid = "0E5D1C2A-0000-4000-8000-00000000000C";
-    Config config = GenericOnly({a, Marking("b"), c});
+    Config config = GenericOnly({a, b, c});
     config.preInstall = {pre};
     config.postInstall = {post};
     Install(config);
-
-    // Repeated options accumulate; GUIDs compare case-sensitively, so c still runs.
-    const Args args = {"-disable=" + guid + "01," + guid + "0a", "-d=" + guid + "02",
-                       "-disable=" + guid + "0c"};
-    EXPECT_EQ(Run(args).exitStatus, 0);
-    ASSERT_EQ(Ran().size(), 4u);
-    EXPECT_EQ(Ran().front() + Ran().back(), "prepost");
-    EXPECT_EQ(Ran(true), (Args{"b", "c", "post", "pre"}));
-}
-
-TEST_F(ModuleSelectionTest, CompTypeKeepsMatchingAndNaModulesAndDropsUntypedOnes) {
-    Config config = GenericOnly({Marking("na"), Marking("untyped", ""), Marking("frmwbios", "FRMW, BIOS"),
-                                 Marking("drvr", "DRVR"), Marking("bios", "BIOS"), Marking("lower", "bios")});
-    config.preInstall = {Marking("prep", "APP")};
-    Install(config);
     const struct {
         Args args;
-        Args ran;  // sorted
+        Args ran;  // sorted unless ordered
+        bool ordered;
     } rows[] = {
-        {{}, {"bios", "drvr", "frmwbios", "lower", "na", "prep", "untyped"}},
-        {{"-comptype=BIOS"}, {"bios", "frmwbios", "na", "prep"}},
-        {{"-comptype=FRMW", "-comptype=DRVR,APAC"}, {"drvr", "frmwbios", "na", "prep"}},
+        {{}, {"a", "b", "c", "post", "pre"}, false},
+        // Repeated options accumulate; install steps are never disabled; GUIDs
+        // compare case-sensitively, so c still runs.
+        {{"-disable=" + guid + "01," + guid + "0a", "-d=" + guid + "02", "-disable=" + guid + "0c"},
+         {"b", "c", "post", "pre"},
+         false},
+        {{"-comptype=BIOS"}, {"a", "c", "post", "pre"}, false},
+        {{"-serialize=yes"}, {"pre", "a", "b", "c", "post"}, true},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(::testing::PrintToString(row.args));
         ForgetRan();
-        EXPECT_EQ(Run(row.args).exitStatus, 0);
-        EXPECT_EQ(Ran(true), row.ran);
-    }
-}
-
-TEST_F(ModuleSelectionTest, SerializeRunsModulesAloneInFileOrderElseOnlySerialOnesWait) {
-    Module f1 = Timed("f1"), p1 = Timed("p1"), f2 = Timed("f2");
-    f1.parallel = f2.parallel = "false";
-    p1.priority = f2.priority = "1";  // "false" wins over the priority mark, and serializing over both
-    Config config;
-    config.generations = {{"GenPre12G", {f1, p1, f2}}, {"Generic", {Timed("s")}}};
-    Install(config);
-
-    ForgetRan();
-    Run({"-serialize=yes"});
-    EXPECT_EQ(Ran(),
-              (Args{"start f1", "end f1", "start p1", "end p1", "start f2", "end f2", "start s", "end s"}));
-    for (const Args& args : {Args{}, Args{"-serialize=no"}}) {
-        SCOPED_TRACE(::testing::PrintToString(args));
-        ForgetRan();
-        Run(args);
-        const Args ran = Ran();
-        Args serial;
-        for (const std::string& line : ran)
-            if (line.find(" f") != std::string::npos) serial.push_back(line);
-        EXPECT_EQ(serial, (Args{"start f1", "end f1", "start f2", "end f2"}));
-        auto at = [&ran](const char* line) { return std::find(ran.begin(), ran.end(), line) - ran.begin(); };
-        EXPECT_LT(at("start p1"), at("end f1"));  // the parallel module runs beside the serial ones
+        ExpectResult(Run(row.args), 0, InventoryXml(""));
+        EXPECT_EQ(Ran(!row.ordered), row.ran);
     }
 }
 
@@ -145,24 +110,6 @@ TEST_F(ModuleSelectionTest, TheGenerationRequestReachesTheDeviceAsSentAndLoadedD
                 std::string::npos);
         }
     }
-}
-
-TEST_F(ModuleSelectionTest, InstallStepsRunAroundTheInventoryModulesAndReportNothing) {
-    Config config = GenericOnly({Marking("g1"), Marking("library"), Marking("g2")});
-    config.generations[0].second[0].script.insert(0, "sleep 0.2\n");  // post-install waits for it
-    config.generations[0].second[1].type = "lib";                     // accepted, never started
-    config.preInstall = {Marking("pre1"), Marking("pre2")};
-    config.preInstall[0].script = "sleep 0.2\n" + Note("pre1") + Emit(DeviceDoc("7"));
-    config.preInstall[1].type = "lib";  // install steps run whatever their type
-    config.postInstall = {Marking("post1"), Marking("post2")};
-    config.postInstall[0].script = "sleep 0.1\n" + Note("post1") + Emit(DeviceDoc("8"));
-    Install(config);
-
-    ExpectResult(Run({}), 0, InventoryXml(""));
-    Args ran = Ran();
-    ASSERT_EQ(ran.size(), 6u);
-    std::sort(ran.begin() + 2, ran.begin() + 4);
-    EXPECT_EQ(ran, (Args{"pre1", "pre2", "g1", "g2", "post1", "post2"}));
 }
 
 }  // namespace

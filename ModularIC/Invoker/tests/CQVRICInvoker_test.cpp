@@ -77,7 +77,9 @@ protected:
 
 TEST_F(CQVRICInvokerPhaseTest, PhasesRunInOrderAndPooledPhasesOverlap) {
     list.AddPreInventoryList(Script("pre1", 0.2));
-    list.AddPreInventoryList(Script("pre2", 0));
+    CQVRModuleDetail* pre2 = Script("pre2", 0);
+    pre2->type = "lib";  // install steps run whatever their type
+    list.AddPreInventoryList(pre2);
     list.AddPriorityList(Script("prio", 0.5));
     list.AddModuleList(Script("par", 0.5));
     list.AddModuleList(Detail("nocommand"));  // reported with an empty output
