@@ -86,11 +86,11 @@ void RemoveProgressSegment() {
 std::string ModuleArray(const std::vector<Module>& modules) {
     std::string json = "[";
     for (const Module& m : modules) {
-        // clang-format off
-        const std::pair<const char*, std::string> fields[] = {{"_dir", "/" + m.name}, {"_type", m.type},
-            {"__text", "run.sh"}, {"#GUID", m.guid}, {"_CmpType", m.compType}, {"_priority", m.priority},
-            {"_isParallelRunSupported", m.parallel}};
-        // clang-format on
+        const std::pair<const char*, std::string> fields[] = {{"_dir", "/" + m.name},
+                                                              {"_type", "cli"},
+                                                              {"__text", "run.sh"},
+                                                              {"#GUID", m.guid},
+                                                              {"_CmpType", m.compType}};
         std::string object;
         for (const auto& field : fields)
             if (!field.second.empty())

@@ -28,9 +28,6 @@ struct Module {
     std::string script;  // shell commands after "#!/bin/sh"
     std::string compType;
     std::string guid;
-    std::string priority;
-    std::string parallel;  // "_isParallelRunSupported"
-    std::string type = "cli";
 };
 
 struct Config {
