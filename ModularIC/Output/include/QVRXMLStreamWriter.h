@@ -18,7 +18,7 @@
 // Used from one thread.
 class QVRXMLStreamWriter {
 public:
-    // path empty: standard output. encoding: a name libxml2 knows; empty
+    // path empty or "-": standard output. encoding: a name libxml2 knows; empty
     // means "UTF-8".
     QVRXMLStreamWriter(const std::string& path, const std::string& encoding);
     QVRXMLStreamWriter(const QVRXMLStreamWriter&) = delete;

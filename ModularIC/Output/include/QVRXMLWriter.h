@@ -36,7 +36,7 @@ public:
     xmlNodePtr AddChildNode(xmlNodePtr parent, xmlNodePtr child);
 
     // Saves the document, indented, with the declaration naming the encoding.
-    // An empty encoding means "UTF-8", an empty path standard output ("-").
+    // An empty encoding means "UTF-8", an empty path or "-" standard output.
     // Encoding conversion is libxml2's. True when libxml2 reports success.
     bool Write(const std::string& path, const std::string& encoding) const;
 

@@ -24,7 +24,7 @@ bool IsPlainAttributeByte(unsigned char c) {
 
 QVRXMLStreamWriter::QVRXMLStreamWriter(const std::string& path, const std::string& encoding)
     : m_encoding(encoding.empty() ? std::string("UTF-8") : encoding),
-      m_sink(path),
+      m_sink(path == "-" ? std::string() : path),  // libxml2's name for standard output
       m_out(nullptr),
       m_escapeDoc(nullptr),
       m_escaped(nullptr),

@@ -94,7 +94,8 @@ bool QVRXMLWriter::Write(const std::string& path, const std::string& encoding) c
     // A failed write is reported by the caller, once, in its own words.
     QVRXMLErrorSilencer quiet;
     errno = 0;
-    if (path.empty()) {
+    // "-" is libxml2's own name for standard output, whoever gives it.
+    if (path.empty() || path == "-") {
         const bool saved = xmlSaveFormatFileEnc("-", m_doc, enc.c_str(), 1) >= 0;
         if (!QVRFlushStandardOutput()) return false;
         if (!saved && errno == 0) errno = EIO;

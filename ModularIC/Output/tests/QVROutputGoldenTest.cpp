@@ -167,6 +167,8 @@ const Case kCases[] = {
     {"xml-devices-only-utf16", FillDevices, nullptr, "out.xml", "err.xml", nullptr},
     {"xml-many-utf16", FillMany, nullptr, "out.xml", "err.xml", nullptr},
     {"xml-many-stdout", FillMany, nullptr, nullptr, nullptr, nullptr},
+    // "-" names standard output, but as a file name it keeps the file's encoding.
+    {"xml-dash-utf16", FillErrors, nullptr, "-", "-", nullptr},
     {"json-file-full", FillFull, "json", "out.json", "err.xml", "UTF-16"},
     {"json-stdout-full", FillFull, "JSON", nullptr, nullptr, "UTF-8"},
     {"json-empty-file", [](QVRDataModel&) {}, "json", "out.json", nullptr, nullptr},
@@ -192,8 +194,9 @@ TEST_P(OutputGolden, DocumentsAreTheKeptBytes) {
     c.fill(model);
     QVRArgumentList args;
     if (c.format != nullptr) args.insertValue(QVR_OPT_OUTPUTFORMAT, c.format);
-    if (c.out != nullptr) args.insertValue(QVR_OPT_OUT, dir.Path(c.out));
-    if (c.log != nullptr) args.insertValue(QVR_OPT_LOG, dir.Path(c.log));
+    const auto at = [&](const char* name) { return std::string(name) == "-" ? name : dir.Path(name); };
+    if (c.out != nullptr) args.insertValue(QVR_OPT_OUT, at(c.out));
+    if (c.log != nullptr) args.insertValue(QVR_OPT_LOG, at(c.log));
     if (c.encoding != nullptr) args.insertValue(QVR_OPT_ENCODE, c.encoding);
     bool written = false;
     const std::string printed =
