@@ -20,8 +20,8 @@ public:
     // Builds output stream, top banner, content (false at the first null), then
     // the optional bottom banner. Collaborators built before are deleted first.
     virtual bool Initalize();
-    // Top banner, content, bottom banner if any, output stream; results ignored.
-    // False only when Initalize has not succeeded.
+    // Top banner, content, bottom banner if any, output stream. False when
+    // Initalize has not succeeded or the stream could not write a document.
     virtual bool Write();
     virtual IQVRBanners* InitTopBanner(QVR_E_MARGINS margin) const = 0;
     virtual IQVROuputContent* InitOuputContent() const = 0;

@@ -22,7 +22,8 @@ public:
     // building it first from -outf (default "xml") when there is none.
     bool Write(QVRArgumentList* arguments, QVRDataModel* dataModel);
     // Writes the "SorVikProgress" document (XML always) to -outc or standard
-    // output; a file without -enc is UTF-16. False only for a null argument list.
+    // output; a file without -enc is UTF-16. False for a null argument list or a
+    // failed write.
     bool WriteProgress(QVRArgumentList* arguments, int total, int completed);
     // Deletes the held factory and the instance; GetInstance then makes a new one.
     void Release();
