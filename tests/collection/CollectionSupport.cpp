@@ -5,6 +5,7 @@
 #include <signal.h>
 #include <spawn.h>
 #include <sys/ipc.h>
+#include <sys/resource.h>
 #include <sys/shm.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -136,8 +137,10 @@ ProcessResult RunProgram(const std::string& program, Args argv, const std::strin
     if (spawnError != 0) Fail("start " + program, spawnError);
 
     int status = 0;
-    while (::waitpid(child, &status, 0) < 0)
-        if (errno != EINTR) Fail("waitpid", errno);
+    struct rusage usage;
+    while (::wait4(child, &status, 0, &usage) < 0)
+        if (errno != EINTR) Fail("wait4", errno);
+    result.peakRssBytes = usage.ru_maxrss * 1024L;
     result.exited = WIFEXITED(status);
     if (result.exited) result.exitStatus = WEXITSTATUS(status);
     return result;

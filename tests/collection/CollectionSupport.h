@@ -46,8 +46,9 @@ struct ProcessResult {
     bool exited = false;  // ended through exit; exitStatus is valid
     int exitStatus = -1;
     bool timedOut = false;
-    std::string out;  // standard output bytes
-    std::string err;  // standard error bytes
+    std::string out;        // standard output bytes
+    std::string err;        // standard error bytes
+    long peakRssBytes = 0;  // largest resident size of the process or a child it reaped
 };
 
 // Runs the program (argv[0] first in argv) in the directory with /dev/null as

@@ -1,5 +1,4 @@
 #include <sys/mount.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -28,14 +27,6 @@ const long kMemoryFactor = 2;
 const long kMemoryFactor = 1;
 #endif
 
-// The largest resident size of any child reaped so far, in bytes: here, the
-// collector's (each test runs in a process of its own).
-long PeakChildRssBytes() {
-    struct rusage usage;
-    getrusage(RUSAGE_CHILDREN, &usage);
-    return usage.ru_maxrss * 1024L;
-}
-
 // A pids cgroup the collector can be moved into; empty when this machine has
 // none that we may create.
 std::string MakePidsCgroup(int limit) {
@@ -58,7 +49,7 @@ TEST_F(FaultsTest, AModuleFloodingItsOutputIsKilledAtTheLimitAndTheOthersAreKept
     ExpectResult(result, 1, InventoryXml(DeviceBody("1")) + ErrorXml({{"/flood", kFailed}}));
     // 1.25 GiB of captured output at most, held once: a buffer that doubled as
     // it grew would hold up to twice that while copying.
-    EXPECT_LT(PeakChildRssBytes(), kMemoryFactor * (1600L << 20));
+    EXPECT_LT(result.peakRssBytes, kMemoryFactor * (1600L << 20));
 }
 
 TEST_F(FaultsTest, AHostileDocumentCostsTimeAndMemoryLinearInItsSize) {
@@ -77,7 +68,7 @@ TEST_F(FaultsTest, AHostileDocumentCostsTimeAndMemoryLinearInItsSize) {
     ExpectResult(
         result, 1,
         InventoryXml(DeviceBody("1")) + ErrorXml({{"/hostile", "Invalid inventory XML root element."}}));
-    EXPECT_LT(PeakChildRssBytes(), kMemoryFactor * (200L << 20));
+    EXPECT_LT(result.peakRssBytes, kMemoryFactor * (200L << 20));
 }
 
 TEST_F(FaultsTest, AnythingButARegularFileAtTheLockPathReadsAsAnotherInstanceAtOnce) {
