@@ -1,6 +1,8 @@
 #include "FirmwareInventory.h"
 
 #include <cerrno>
+#include <cstdlib>
+#include <iterator>
 #include <map>
 #include <string>
 #include <vector>
@@ -51,6 +53,39 @@ bool ReadRequired(const Sysfs& fs, const std::string& path, std::string& value, 
     return false;
 }
 
+// A version text that names no version: empty, or the placeholder a driver
+// prints when it could not read one (NVIDIA's "??.??.??.??.??").
+bool NamesNoVersion(const std::string& version) {
+    return version.find_first_not_of("?. ") == std::string::npos;
+}
+
+// An SR-IOV virtual function runs its physical function's firmware; the
+// kernel links it to that function as "physfn".
+bool IsVirtualFunction(const Sysfs& fs, const PciFunction& fn) {
+    return fs.Exists("/sys/bus/pci/devices/" + fn.address + "/physfn");
+}
+
+// Network interfaces registered on the function itself (its "net" folder).
+bool HasNetworkInterface(const Sysfs& fs, const PciFunction& fn) {
+    std::vector<std::string> names;
+    std::string ignored;
+    return fs.ListDir("/sys/bus/pci/devices/" + fn.address + "/net", names, ignored) && !names.empty();
+}
+
+// The UEFI names of an ESRT entry's last_attempt_status.
+std::string LastAttemptStatusText(const std::string& status) {
+    static const char* const names[] = {
+        "success",           "unsuccessful",        "insufficient resources",
+        "incorrect version", "invalid format",      "authentication error",
+        "AC power event",    "battery power event", "unsatisfied dependencies"};
+    char* end = nullptr;
+    errno = 0;
+    const unsigned long value = std::strtoul(status.c_str(), &end, 10);
+    if (status.empty() || *end != '\0' || errno != 0) return "unknown";
+    if (value < std::size(names)) return names[value];
+    return value >= 0x1000 && value <= 0x4000 ? "vendor-specific error" : "unknown";
+}
+
 void CollectEsrt(const Sysfs& fs, SvmDocument& doc) {
     const std::string dir = "/sys/firmware/efi/esrt/entries";
     std::vector<std::string> entries;
@@ -70,6 +105,14 @@ void CollectEsrt(const Sysfs& fs, SvmDocument& doc) {
         info.componentID = ToLower(fwClass);
         info.fqdd = "ESRT." + ToLower(fwClass);
         const std::string lowest = CleanText(fs.ReadLineOr(base + "/lowest_supported_fw_version"));
+        // A capsule update that failed leaves its status here until the next attempt.
+        const std::string status = CleanText(fs.ReadLineOr(base + "/last_attempt_status"));
+        if (!status.empty() && status != "0") {
+            const std::string attempted = CleanText(fs.ReadLineOr(base + "/last_attempt_version"));
+            doc.AddFailure(kPrefix + std::string("ESRT ") + entry + " (" + info.display +
+                           "): the last update, to version " + (attempted.empty() ? "?" : attempted) +
+                           ", failed with status " + status + " (" + LastAttemptStatusText(status) + ")");
+        }
         doc.AddApplication(
             doc.AddNonPciDevice(info),
             {"FRMW", version,
@@ -83,8 +126,16 @@ void CollectInfiniband(const Sysfs& fs, SvmDocument& doc, std::vector<PciFirmwar
     if (!ListIfPresent(fs, dir, names, doc)) return;
     for (const std::string& name : names) {
         PciFirmware fw;
-        if (!ReadRequired(fs, dir + "/" + name + "/fw_ver", fw.version, doc)) continue;
         if (!PciFunctionOf(fs, dir + "/" + name + "/device", fw.pci)) continue;
+        // A function with a network interface is nicinv's: ethtool reports its firmware
+        // with more detail (the board id, the package version) than fw_ver.
+        if (IsVirtualFunction(fs, fw.pci) || HasNetworkInterface(fs, fw.pci)) continue;
+        if (!ReadRequired(fs, dir + "/" + name + "/fw_ver", fw.version, doc)) continue;
+        if (NamesNoVersion(fw.version)) {
+            doc.AddFailure(kPrefix + std::string("RDMA adapter ") + name + " on " + fw.pci.address + ": " +
+                           dir + "/" + name + "/fw_ver names no firmware version (\"" + fw.version + "\")");
+            continue;
+        }
         fw.display = "RDMA adapter " + name;
         found.push_back(fw);
     }
@@ -102,6 +153,11 @@ void CollectGpus(const Sysfs& fs, SvmDocument& doc, std::vector<PciFirmware>& fo
             if (!ReadRequired(fs, attr, fw.version, doc) ||
                 !PciFunctionOf(fs, "/sys/class/drm/" + card + "/device", fw.pci))
                 continue;
+            if (NamesNoVersion(fw.version)) {
+                doc.AddFailure(kPrefix + std::string("GPU ") + fw.pci.address + ": " + attr +
+                               " names no video BIOS version (\"" + fw.version + "\")");
+                continue;
+            }
             fw.display = "Video BIOS";
             found.push_back(fw);
         }
@@ -124,8 +180,13 @@ void CollectGpus(const Sysfs& fs, SvmDocument& doc, std::vector<PciFirmware>& fo
             if (key == "Video BIOS") fw.version = value;
             if (key == "Bus Location") ParsePciAddress(value, fw.pci);
         }
-        if (fw.version.empty() || fw.pci.address.empty()) ParsePciAddress(gpu, fw.pci);
-        if (fw.version.empty() || fw.pci.address.empty()) continue;
+        if (fw.pci.address.empty() && !ParsePciAddress(gpu, fw.pci)) continue;  // no function to name
+        // The driver prints "??.??.??.??.??" when it could not read the video BIOS.
+        if (NamesNoVersion(fw.version)) {
+            doc.AddFailure(kPrefix + std::string("GPU ") + fw.pci.address + ": " + dir + "/" + gpu +
+                           "/information names no video BIOS version (\"" + fw.version + "\")");
+            continue;
+        }
         fw.display = "Video BIOS";
         found.push_back(fw);
     }
@@ -176,11 +237,50 @@ void CollectThunderbolt(const Sysfs& fs, SvmDocument& doc) {
     }
 }
 
+// A TPM 1.2 chip: the kernel asks it for its version and shows the answer in
+// the chip's "caps" file (also linked from its parent device); kernels before
+// the tpm class kept chips under the misc class.
+void CollectTpm12(const Sysfs& fs, SvmDocument& doc) {
+    for (const char* dir : {"/sys/class/tpm", "/sys/class/misc"}) {
+        std::vector<std::string> chips;
+        if (!ListIfPresent(fs, dir, chips, doc)) continue;
+        bool any = false;
+        for (const std::string& chip : chips) {
+            if (chip.compare(0, 3, "tpm") != 0 || chip.compare(0, 5, "tpmrm") == 0) continue;
+            std::string path;
+            for (const char* file : {"/caps", "/device/caps"})
+                if (path.empty() && fs.Exists(dir + ("/" + chip) + file)) path = dir + ("/" + chip) + file;
+            if (path.empty()) continue;  // a TPM 2.0 chip, or no chip behind the name
+            any = true;
+            std::string text, error;
+            if (!fs.ReadFile(path, text, error)) {
+                doc.AddFailure(kPrefix + error);
+                continue;
+            }
+            // The kernel leaves the file empty when the chip does not answer.
+            const Tpm12Caps caps = ParseTpm12Caps(text);
+            if (caps.firmwareVersion.empty()) {
+                doc.AddFailure(kPrefix + path + " shows no firmware version");
+                continue;
+            }
+            NonPciDeviceInfo info;
+            info.display = "TPM " + (caps.tcgVersion.empty() ? std::string("1.2") : caps.tcgVersion) +
+                           (caps.manufacturer.empty() ? "" : " (" + caps.manufacturer + ")");
+            info.fqdd = "TPM." + chip;
+            doc.AddApplication(doc.AddNonPciDevice(info), {"FRMW", caps.firmwareVersion, "TPM firmware"});
+        }
+        if (any) return;
+    }
+}
+
 void CollectTpm(const Sysfs& fs, SvmDocument& doc, ITpmDevice& tpm) {
     // Only TPM 2.0 chips have the resource manager's device; it lets us share
     // the chip with other users.
     const std::string path = "/dev/tpmrm0";
-    if (!fs.Exists(path)) return;
+    if (!fs.Exists(path)) {
+        CollectTpm12(fs, doc);
+        return;
+    }
     std::map<uint32_t, uint32_t> properties;
     uint32_t next = kTpmPtManufacturer;
     // A TPM may hand out fewer properties than asked for: ask again after the last one it gave.
@@ -206,16 +306,16 @@ void CollectTpm(const Sysfs& fs, SvmDocument& doc, ITpmDevice& tpm) {
                        ": no firmware version in the answer");
         return;
     }
-    const std::string maker =
-        properties.count(kTpmPtManufacturer) ? TpmManufacturerText(properties[kTpmPtManufacturer]) : "";
+    const uint32_t manufacturer = properties.count(kTpmPtManufacturer) ? properties[kTpmPtManufacturer] : 0;
+    const std::string maker = manufacturer != 0 ? TpmManufacturerText(manufacturer) : "";
     NonPciDeviceInfo info;
     info.display = maker.empty() ? "TPM 2.0" : "TPM 2.0 (" + maker + ")";
     info.fqdd = "TPM.tpm0";
-    doc.AddApplication(
-        doc.AddNonPciDevice(info),
-        {"FRMW",
-         FormatTpmFirmwareVersion(properties[kTpmPtFirmwareVersion1], properties[kTpmPtFirmwareVersion2]),
-         "TPM firmware"});
+    doc.AddApplication(doc.AddNonPciDevice(info),
+                       {"FRMW",
+                        FormatTpmFirmwareVersion(manufacturer, properties[kTpmPtFirmwareVersion1],
+                                                 properties[kTpmPtFirmwareVersion2]),
+                        "TPM firmware"});
 }
 
 }  // namespace

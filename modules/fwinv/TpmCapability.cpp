@@ -86,10 +86,17 @@ bool ParseTpmPropertiesResponse(const std::vector<uint8_t>& response,
     return true;
 }
 
-std::string FormatTpmFirmwareVersion(uint32_t version1, uint32_t version2) {
+std::string FormatTpmFirmwareVersion(uint32_t manufacturer, uint32_t version1, uint32_t version2) {
     char text[48];
-    std::snprintf(text, sizeof text, "%u.%u.%u.%u", version1 >> 16, version1 & 0xFFFF, version2 >> 16,
-                  version2 & 0xFFFF);
+    const unsigned major = version1 >> 16, minor = version1 & 0xFFFF;
+    if (manufacturer == kTpmVendorInfineon)
+        std::snprintf(text, sizeof text, "%u.%u.%u.%u", major, minor, version2 >> 8, version2 & 0xFF);
+    else if (manufacturer == kTpmVendorSt)
+        std::snprintf(text, sizeof text, "%u.%u", major, minor);
+    else if (manufacturer == kTpmVendorIbmSoftware || manufacturer == kTpmVendorIbmSoftwareOld)
+        std::snprintf(text, sizeof text, "%x.%x.%x.%x", major, minor, version2 >> 16, version2 & 0xFFFF);
+    else
+        std::snprintf(text, sizeof text, "%u.%u.%u.%u", major, minor, version2 >> 16, version2 & 0xFFFF);
     return text;
 }
 
@@ -97,6 +104,23 @@ std::string TpmManufacturerText(uint32_t value) {
     std::string text;
     for (int shift = 24; shift >= 0; shift -= 8) text += static_cast<char>(value >> shift & 0xFF);
     return CleanText(text);
+}
+
+Tpm12Caps ParseTpm12Caps(const std::string& text) {
+    Tpm12Caps caps;
+    for (const std::string& line : Split(text, '\n')) {
+        const std::string::size_type colon = line.find(':');
+        if (colon == std::string::npos) continue;
+        const std::string key = Trim(line.substr(0, colon)), value = CleanText(line.substr(colon + 1));
+        uint32_t id = 0;
+        if (key == "Manufacturer" && ParseHex(value, id))
+            caps.manufacturer = TpmManufacturerText(id);
+        else if (key == "TCG version")
+            caps.tcgVersion = value;
+        else if (key == "Firmware version")
+            caps.firmwareVersion = value;
+    }
+    return caps;
 }
 
 }  // namespace svm

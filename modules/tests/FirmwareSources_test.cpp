@@ -9,6 +9,7 @@
 
 #include "FirmwareInventory.h"
 #include "ModuleTestSupport.h"
+#include "TpmCapability.h"
 
 namespace {
 
@@ -161,12 +162,16 @@ TEST_F(FirmwareSourcesTest, TpmFirmwareVersionFromGetCapabilityOrAFailure) {
         int failure;
         const char* result;  // display and version, or the failure
     } rows[] = {
-        {"one answer", {good}, 0, "TPM 2.0 (IBM) 8217.4131.22.13878"},
+        {"one answer", {good}, 0, "TPM 2.0 (IBM) 2019.1023.16.3636"},
         {"three properties at a time",
          {Answer(true, {0x105, 0x494e5443, 0x106, 1, 0x107, 2}), Answer(true, {0x108, 3, 0x109, 4, 0x10a, 5}),
-          Answer(false, {0x10b, 0x0007003f, 0x10c, 0x0011cb00, 0x10d, 0x400})},
+          Answer(false, {0x10b, 0x000b0008, 0x10c, 0x00320d62, 0x10d, 0x400})},
          0,
-         "TPM 2.0 (INTC) 7.63.17.51968"},
+         "TPM 2.0 (INTC) 11.8.50.3426"},
+        {"manufacturer decides the reading",
+         {Answer(false, {0x105, 0x49465800, 0x10b, 0x0007003d, 0x10c, 0x000ae100})},
+         0,
+         "TPM 2.0 (IFX) 7.61.2785.0"},
         {"error response code", {FromHex("80010000000a000001c4")}, 0, "TPM response code 0x1c4"},
         {"header cut short", {cutShort}, 0, "short TPM response of 6 bytes"},
         {"size beyond what was read", {lastByteMissing}, 0, "TPM response size 83 with 82 bytes received"},
@@ -199,6 +204,134 @@ TEST_F(FirmwareSourcesTest, TpmFirmwareVersionFromGetCapabilityOrAFailure) {
             EXPECT_EQ(Get32(tpm.commands[i], 14),
                       Get32(row.answers[i - 1], row.answers[i - 1].size() - 8) + 1);
     }
+}
+
+// Firmware words as each manufacturer spells them, from chips' published readings:
+// tpm2_getcap dumps, the vendors' update tools and advisories.
+TEST(TpmFirmwareVersionTest, EachManufacturerReadsTheWordsItsOwnWay) {
+    const struct {
+        uint32_t manufacturer, version1, version2;
+        const char* version;
+    } rows[] = {
+        // Infineon SLB9670: build << 8 | patch in the second word (its update tool's "7.85.4555.0").
+        {0x49465800, 0x0007003d, 0x000ae100, "7.61.2785.0"},
+        {0x49465800, 0x0007003e, 0x000c3600, "7.62.3126.0"},
+        {0x49465800, 0x00070055, 0x0011cb00, "7.85.4555.0"},
+        // Intel PTT: the CSME firmware version in 16-bit halves.
+        {0x494e5443, 0x000b0008, 0x00320d62, "11.8.50.3426"},
+        // Nuvoton NPCT75x: 16-bit halves, as its security policies name 7.2.0.2 and 7.2.1.0.
+        {0x4e544300, 0x00070002, 0x00000002, "7.2.0.2"},
+        {0x4e544300, 0x00070002, 0x00010000, "7.2.1.0"},
+        // STMicroelectronics ST33: major.minor of the first word, as its advisories list them.
+        {0x53544d20, 0x00010102, 0x00000000, "1.258"},
+        {0x53544d20, 0x00490014, 0x00000000, "73.20"},
+        // The software TPM (libtpms): a date and a revision written in hex digits.
+        {0x49424d20, 0x20191023, 0x00163636, "2019.1023.16.3636"},
+        {0x49424d00, 0x20170619, 0x00163636, "2017.619.16.3636"},
+        // Unknown or missing manufacturer: 16-bit halves in decimal.
+        {0x414d4400, 0x00030057, 0x00000005, "3.87.0.5"},
+        {0, 0xffffffff, 0x0001ffff, "65535.65535.1.65535"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(svm::FormatTpmFirmwareVersion(row.manufacturer, row.version1, row.version2), row.version)
+            << svm::TpmManufacturerText(row.manufacturer);
+}
+
+// Without /dev/tpmrm0 a TPM 1.2 chip's caps file names its firmware, wherever the kernel of
+// the day put it; a caps file without a version is a failure naming it.
+TEST(Tpm12FirmwareTest, CapsFileGivesTheFirmwareVersionOrAFailure) {
+    // The example of the kernel's sysfs ABI documentation, and an Infineon chip.
+    const std::string st = "Manufacturer: 0x53544d20\nTCG version: 1.2\nFirmware version: 8.16\n",
+                      ifx = "Manufacturer: 0x49465800\nTCG version: 1.2\nFirmware version: 4.43\n";
+    const struct {
+        const char* name;
+        const char* path;  // where the caps file is
+        std::string caps;
+        const char* result;  // FQDD, display and version, or the failure
+    } rows[] = {
+        {"tpm class", "/sys/class/tpm/tpm0/caps", st, "TPM.tpm0 TPM 1.2 (STM) 8.16"},
+        {"parent device only", "/sys/class/tpm/tpm1/device/caps", ifx, "TPM.tpm1 TPM 1.2 (IFX) 4.43"},
+        {"misc class", "/sys/class/misc/tpm0/device/caps", ifx, "TPM.tpm0 TPM 1.2 (IFX) 4.43"},
+        {"chip not answering", "/sys/class/tpm/tpm0/caps", "",
+         "/sys/class/tpm/tpm0/caps shows no firmware version"},
+        {"TPM 2.0 chip", "/sys/class/tpm/tpm0/tpm_version_major", "2\n", ""},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        FakeRoot root;
+        FakeTpm tpm;
+        root.Write(row.path, row.caps);
+        root.Write("/sys/class/tpm/tpmrm0/dev", "253:65536\n");
+        std::string xml = Collect(CollectFirmwareInventory, root, tpm);
+        auto devices = Select(xml, "/SVMInventory/Device[starts-with(@FQDD,'TPM.')]");
+        auto apps = Select(xml, "/SVMInventory/Device/Application[@componentType='FRMW']");
+        std::string result;
+        for (const std::string& failure : Failures(xml)) result += failure;
+        if (devices.size() == 1 && apps.size() == 1)
+            result += devices[0]["FQDD"] + " " + devices[0]["display"] + " " + apps[0]["version"];
+        if (*row.result == '\0')
+            EXPECT_EQ(result, "");
+        else
+            EXPECT_THAT(result, HasSubstr(row.result));
+        EXPECT_LE(devices.size() + Failures(xml).size(), 1u) << xml;
+        // A TPM 2.0 resource manager is asked instead; the caps file is not read.
+        root.Write("/dev/tpmrm0");
+        tpm.answers = {FromHex(kSwtpmProperties)};
+        xml = Collect(CollectFirmwareInventory, root, tpm);
+        EXPECT_THAT(Failures(xml), ElementsAre());
+        EXPECT_EQ(Select(xml, "//Device[@display='TPM 2.0 (IBM)']").size(), 1u);
+        EXPECT_EQ(Select(xml, "//Device").size(), 1u);
+    }
+}
+
+// A source that names no version, an RDMA device whose function has a network interface or is
+// a virtual function, and a failed capsule update.
+TEST_F(FirmwareSourcesTest, NoVersionIsAFailureOneRecordPerFunctionAndFailedUpdatesAreReported) {
+    root.Write("/proc/driver/nvidia/gpus/0000:af:00.0/information",
+               "Model: \t\t NVIDIA A100 80GB PCIe\nVideo BIOS: \t ??.??.??.??.??\nBus Type: \t PCIe\n"
+               "Bus Location: \t 0000:af:00.0\n");
+    root.Write("/sys/devices/pci0000:00/0000:c1:00.0/vbios_version", "\n");
+    // mlx5 with its Ethernet interface on the same function, an InfiniBand port without
+    // one whose fw_ver is empty, and a virtual function with an RDMA device of its own.
+    for (auto [address, ib, fwVer] :
+         {std::array{"0000:3b:00.1", "mlx5_1", "16.35.2000\n"},
+          std::array{"0000:3b:00.2", "mlx5_2", "16.35.2000\n"}, std::array{"0000:3c:00.0", "mlx5_3", "\n"}}) {
+        const std::string dir = std::string("/sys/devices/pci0000:00/") + address;
+        root.AddPci(address, "15b3 1017 15b3 0020 020000", "mlx5_core");
+        root.Write(dir + "/infiniband/" + ib + "/fw_ver", fwVer);
+        root.Link("../../devices/pci0000:00/" + std::string(address) + "/infiniband/" + ib,
+                  std::string("/sys/class/infiniband/") + ib);
+        root.Link("../../../" + std::string(address), dir + "/infiniband/" + ib + "/device");
+    }
+    root.Write("/sys/devices/pci0000:00/0000:3b:00.1/net/enp59s0f1np1/address", "b8:ce:f6:00:00:01\n");
+    root.Link("../0000:3b:00.0", "/sys/devices/pci0000:00/0000:3b:00.2/physfn");
+    // A failed capsule update of the system firmware; the device firmware's last one succeeded.
+    root.Write("/sys/firmware/efi/esrt/entries/entry0/last_attempt_version", "16908801\n");
+    root.Write("/sys/firmware/efi/esrt/entries/entry0/last_attempt_status", "3\n");
+    root.Write("/sys/firmware/efi/esrt/entries/entry1/last_attempt_version", "65\n");
+    root.Write("/sys/firmware/efi/esrt/entries/entry1/last_attempt_status", "0\n");
+    const std::string xml = Run();
+    EXPECT_THAT(
+        Failures(xml),
+        ElementsAre(
+            AllOf(HasSubstr("ESRT entry0 (System firmware 4b8a1b5a-0f6f-4e7a-8d51-e5a3a1c0f2d1)"),
+                  HasSubstr("to version 16908801, failed with status 3 (incorrect version)")),
+            AllOf(HasSubstr("RDMA adapter mlx5_3 on 0000:3c:00.0"),
+                  HasSubstr("/sys/class/infiniband/mlx5_3/fw_ver names no firmware version")),
+            AllOf(HasSubstr("GPU 0000:c1:00.0"), HasSubstr("/sys/class/drm/card0/device/vbios_version")),
+            AllOf(HasSubstr("GPU 0000:af:00.0"),
+                  HasSubstr("/proc/driver/nvidia/gpus/0000:af:00.0/information names no video BIOS "
+                            "version (\"??.??.??.??.??\")"))))
+        << xml;
+    // The entry still carries its version; the functions without one, those whose firmware
+    // nicinv reports and the virtual function have no record.
+    EXPECT_EQ(
+        Select(xml, "//Device[@FQDD='ESRT.4b8a1b5a-0f6f-4e7a-8d51-e5a3a1c0f2d1']/Application")[0]["version"],
+        "16908800");
+    for (const char* address :
+         {"0000:3b:00.1", "0000:3b:00.2", "0000:3c:00.0", "0000:af:00.0", "0000:c1:00.0"})
+        EXPECT_TRUE(Select(xml, std::string("//Device[@enum='") + address + "']").empty()) << address;
+    EXPECT_EQ(Select(xml, "//Device[@enum='0000:3b:00.0']/Application")[0]["version"], "16.35.2000");
 }
 
 }  // namespace
