@@ -50,6 +50,9 @@ void CollectNicInventory(const ModuleOptions& options, SvmDocument& doc, IEthtoo
         std::string bus = Trim(a.drv.busInfo);
         PciFunction fn;
         if (ParsePciAddress(bus, fn) && fs.IsDirectory("/sys/bus/pci/devices/" + fn.address)) {
+            // An SR-IOV virtual function (linked to its physical function as "physfn")
+            // runs the physical function's firmware and has none of its own.
+            if (fs.Exists("/sys/bus/pci/devices/" + fn.address + "/physfn")) continue;
             if (!ReadPciFunction(fs, fn.address, a.pci, error)) {
                 doc.AddFailure("Network adapter inventory: " + error);
                 continue;

@@ -12,8 +12,11 @@ namespace svm {
 // the driver (ETHTOOL_GDRVINFO) and, when it reports a firmware version,
 // writes an "FRMW" "Application" on the PCI "Device" named by its bus address,
 // or on a non-PCI "Device" for adapters on other buses. Interfaces sharing one
-// PCI function are reported once. Drivers are left to the PCI module, so the
-// two never report different driver versions for one function.
+// PCI function are reported once; SR-IOV virtual functions not at all. An
+// RDMA device on a function with an interface is left to this module (fwinv
+// skips it), so the function gets one firmware version. Drivers are left to
+// the PCI module, so the two never report different driver versions for one
+// function.
 void CollectNicInventory(const ModuleOptions& options, SvmDocument& doc, IEthtool& ethtool);
 
 }  // namespace svm

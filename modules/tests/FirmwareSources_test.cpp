@@ -9,6 +9,7 @@
 
 #include "FirmwareInventory.h"
 #include "ModuleTestSupport.h"
+#include "NicInventory.h"
 #include "TpmCapability.h"
 
 namespace {
@@ -332,6 +333,66 @@ TEST_F(FirmwareSourcesTest, NoVersionIsAFailureOneRecordPerFunctionAndFailedUpda
          {"0000:3b:00.1", "0000:3b:00.2", "0000:3c:00.0", "0000:af:00.0", "0000:c1:00.0"})
         EXPECT_TRUE(Select(xml, std::string("//Device[@enum='") + address + "']").empty()) << address;
     EXPECT_EQ(Select(xml, "//Device[@enum='0000:3b:00.0']/Application")[0]["version"], "16.35.2000");
+}
+
+// ETHTOOL_GDRVINFO answers by interface name.
+struct EthtoolAnswers : svm::IEthtool {
+    std::map<std::string, svm::EthtoolDrvInfo> answers;
+    int GetDrvInfo(const std::string& ifname, svm::EthtoolDrvInfo& info, std::string&) override {
+        info = answers.at(ifname);
+        return 0;
+    }
+};
+
+// fwinv and nicinv together give one firmware version per PCI function: ethtool's for a
+// function with a network interface (mlx5 Ethernet, an IPoIB port), fw_ver for an InfiniBand
+// port without one, none for an SR-IOV virtual function.
+TEST(OneFirmwarePerFunctionTest, RdmaAndNetworkInterfaceOnOneFunctionGiveOneVersionVirtualFunctionsNone) {
+    FakeRoot root;
+    EthtoolAnswers ethtool;
+    FakeTpm tpm;
+    const struct {
+        const char* address;
+        const char* ib;      // RDMA device
+        const char* ifname;  // network interface on the function, or none
+        const char* physfn;  // physical function of a virtual function, or none
+    } functions[] = {
+        {"0000:3b:00.0", "mlx5_0", "enp59s0f0np0", nullptr},
+        {"0000:3b:00.1", "mlx5_1", "ib0", nullptr},
+        {"0000:5e:00.0", "mlx5_2", nullptr, nullptr},
+        {"0000:3b:00.2", "mlx5_3", "enp59s0f0v0", "0000:3b:00.0"},
+    };
+    for (const auto& f : functions) {
+        const std::string dir = std::string("/sys/devices/pci0000:00/") + f.address;
+        root.AddPci(f.address, "15b3 101b 15b3 0007 020000", "mlx5_core");
+        root.Write(dir + "/infiniband/" + f.ib + "/fw_ver", "20.39.1002\n");
+        root.Link("../../devices/pci0000:00/" + std::string(f.address) + "/infiniband/" + f.ib,
+                  std::string("/sys/class/infiniband/") + f.ib);
+        root.Link("../../../" + std::string(f.address), dir + "/infiniband/" + f.ib + "/device");
+        if (f.physfn) root.Link(std::string("../") + f.physfn, dir + "/physfn");
+        if (!f.ifname) continue;
+        root.Write(dir + "/net/" + f.ifname + "/address", "b8:ce:f6:00:00:00\n");
+        root.Link("../../devices/pci0000:00/" + std::string(f.address) + "/net/" + f.ifname,
+                  std::string("/sys/class/net/") + f.ifname);
+        root.Link("../../../" + std::string(f.address), dir + "/net/" + f.ifname + "/device");
+        // mlx5 adds the board id to ethtool's firmware version; IPoIB hands on fw_ver.
+        ethtool.answers[f.ifname] = {
+            f.ifname == std::string("ib0") ? "ib_ipoib" : "mlx5_core", "6.1.0",
+            f.ifname == std::string("ib0") ? "20.39.1002" : "20.39.1002 (MT_0000000359)", f.address};
+    }
+    std::map<std::string, std::vector<std::string>> versions;  // function: versions of both modules
+    for (const std::string& xml :
+         {Collect(CollectFirmwareInventory, root, tpm), Collect(svm::CollectNicInventory, root, ethtool)}) {
+        EXPECT_THAT(Failures(xml), ElementsAre()) << xml;
+        for (auto& device : Select(xml, "/SVMInventory/Device"))
+            for (auto& app : Select(xml, "/SVMInventory/Device[@enum='" + device["enum"] + "']/Application"))
+                versions[device["enum"]].push_back(app["version"]);
+    }
+    EXPECT_EQ(versions, (std::map<std::string, std::vector<std::string>>{
+                            {"0000:3b:00.0", {"20.39.1002 (MT_0000000359)"}},
+                            {"0000:3b:00.1", {"20.39.1002"}},
+                            {"0000:5e:00.0", {"20.39.1002"}},
+                        }));
 }
 
 }  // namespace
