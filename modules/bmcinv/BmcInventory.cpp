@@ -10,7 +10,7 @@ bool HasIpmiInterface(const Sysfs& fs) {
     return false;
 }
 
-bool DecodeFirmwareRevision(const std::vector<uint8_t>& response, std::string& revision, std::string& error) {
+bool DecodeDeviceId(const std::vector<uint8_t>& response, BmcDeviceId& id, std::string& error) {
     if (response.empty()) {
         error = "empty Get Device ID answer";
         return false;
@@ -25,18 +25,26 @@ bool DecodeFirmwareRevision(const std::vector<uint8_t>& response, std::string& r
         error = "Get Device ID answer too short (" + std::to_string(response.size() - 1) + " data bytes)";
         return false;
     }
-    unsigned major = response[3] & 0x7f;
-    unsigned minor = response[4];
-    if ((minor >> 4) > 9 || (minor & 0x0f) > 9) {
-        char buffer[64];
-        std::snprintf(buffer, sizeof buffer, "firmware minor revision 0x%02x is not BCD", minor);
-        error = buffer;
-        return false;
-    }
+    const unsigned major = response[3] & 0x7f, minor = response[4];
+    id = BmcDeviceId();
+    id.minorIsBcd = (minor >> 4) <= 9 && (minor & 0x0f) <= 9;
+    // The same two digits either way: BCD digits are hex digits.
     char buffer[16];
     std::snprintf(buffer, sizeof buffer, "%u.%02x", major, minor);
-    revision = buffer;
+    id.revision = buffer;
+    if (response.size() >= 12) {
+        id.hasIds = true;
+        id.manufacturer = (response[7] | response[8] << 8 | response[9] << 16) & 0x0fffff;
+        id.product = static_cast<uint16_t>(response[10] | response[11] << 8);
+    }
     return true;
+}
+
+std::string IpmiRequestFailure(uint8_t netfn, uint8_t cmd, int status) {
+    char buffer[96];
+    std::snprintf(buffer, sizeof buffer, "IPMI request (netfn 0x%02x, cmd 0x%02x) failed with status %d",
+                  netfn, cmd, status);
+    return buffer;
 }
 
 void CollectBmcInventory(const ModuleOptions& options, SvmDocument& doc, IBmcTransport& transport) {
@@ -48,16 +56,26 @@ void CollectBmcInventory(const ModuleOptions& options, SvmDocument& doc, IBmcTra
         return;
     }
     std::vector<uint8_t> response;
-    std::string error, revision;
-    if (!transport.Request(0x06, 0x01, {}, response, error) ||
-        !DecodeFirmwareRevision(response, revision, error)) {
+    std::string error;
+    BmcDeviceId id;
+    if (!transport.Request(0x06, 0x01, {}, response, error) || !DecodeDeviceId(response, id, error)) {
         doc.AddFailure("Management controller inventory: " + error);
         return;
     }
     NonPciDeviceInfo info;
     info.display = "Management controller";
+    if (id.hasIds) {
+        char ids[64];
+        std::snprintf(ids, sizeof ids, " (manufacturer IANA %u, product 0x%04x)", id.manufacturer,
+                      id.product);
+        info.display += ids;
+    }
     info.fqdd = "BMC.Embedded.1";
-    doc.AddApplication(doc.AddNonPciDevice(info), {"FRMW", revision, "Management controller firmware"});
+    std::string display = "Management controller firmware";
+    if (!id.minorIsBcd)
+        display += " (minor revision 0x" + id.revision.substr(id.revision.find('.') + 1) +
+                   " is not BCD: shown in hex)";
+    doc.AddApplication(doc.AddNonPciDevice(info), {"FRMW", id.revision, display});
 }
 
 }  // namespace svm

@@ -4,6 +4,7 @@
 
 #include "BQMIPMIData.h"
 #include "BQMIPMIInterfaceImpl.h"
+#include "BmcInventory.h"
 
 namespace svm {
 
@@ -52,8 +53,7 @@ bool BqmIpmiTransport::Request(uint8_t netfn, uint8_t cmd, const std::vector<uin
     if (!data.empty()) std::memcpy(command.requestBuffer + 2, data.data(), data.size());
     int status = m_library->IPMIRequest(&command);
     if (status != 0) {
-        error = "IPMI request (netfn 0x" + std::to_string(netfn) + ", cmd " + std::to_string(cmd) +
-                ") failed with status " + std::to_string(status);
+        error = IpmiRequestFailure(netfn, cmd, status);
         return false;
     }
     unsigned length = command.responseLength;

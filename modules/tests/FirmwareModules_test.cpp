@@ -116,26 +116,52 @@ TEST(BmcInventoryTest, GetDeviceIdGivesTheFirmwareRevisionOrAFailure) {
     root.Write("/sys/firmware/dmi/entries/38-0/type", "38\n");  // an SMBIOS IPMI record is enough to ask
     transport.ok = false;
     EXPECT_THAT(Failures(Collect(CollectBmcInventory, root, transport)), ElementsAre(HasSubstr("320")));
-    // cc, device id, revision, fw major (bit 7: update in progress), fw minor BCD, ...
-    transport = {};
-    transport.answer = {0x00, 0x20, 0x81, 0x83, 0x30, 0x02, 0xbf, 0xa2, 0x02, 0x00, 0x00, 0x01};
-    const std::string xml = Collect(CollectBmcInventory, root, transport);
-    EXPECT_EQ((std::vector<int>{0x06, 0x01}), transport.asked);
-    auto apps =
-        Select(xml, "/SVMInventory/Device[@FQDD='BMC.Embedded.1']/Application[@componentType='FRMW']");
-    ASSERT_EQ(1u, apps.size()) << xml;
-    EXPECT_EQ("3.30", apps[0]["version"]);
-    const std::pair<std::vector<uint8_t>, std::string> rows[] = {{{0x00, 0x20, 0x01, 0x02, 0x05}, "2.05"},
-                                                                 {{0x00, 0x20, 0x01, 0x7f, 0x99}, "127.99"},
-                                                                 {{0x00, 0x20, 0x01, 0x01, 0x1a}, "error"},
-                                                                 {{0xc1}, "error"},
-                                                                 {{}, "error"},
-                                                                 {{0x00, 0x20, 0x01, 0x02}, "error"}};
-    std::string revision, error;
-    for (const auto& row : rows)
-        EXPECT_EQ(row.second, DecodeFirmwareRevision(row.first, revision, error) ? revision
-                              : error.empty()                                    ? ""
-                                                                                 : "error");
+    // cc, device id, revision, fw major (bit 7: update in progress), fw minor (BCD), IPMI version,
+    // device support, manufacturer (IANA, 3 bytes LS first), product id (2 bytes LS first), ...
+    const struct {
+        const char* name;
+        std::vector<uint8_t> answer;
+        const char* result;  // device display | version | application display, or the failure
+    } rows[] = {
+        {"full answer",
+         {0x00, 0x20, 0x81, 0x83, 0x30, 0x02, 0xbf, 0xa2, 0x02, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x00},
+         "Management controller (manufacturer IANA 674, product 0x0100)|3.30|Management controller firmware"},
+        {"Supermicro, no auxiliary revision",
+         {0x00, 0x20, 0x01, 0x01, 0x73, 0x02, 0xbf, 0x7c, 0x2a, 0x00, 0x3d, 0x09},
+         "Management controller (manufacturer IANA 10876, product 0x093d)|1.73|Management controller "
+         "firmware"},
+        {"largest major",
+         {0x00, 0x20, 0x01, 0x7f, 0x99},
+         "Management controller|127.99|Management controller firmware"},
+        {"minor not BCD",
+         {0x00, 0x20, 0x01, 0x01, 0x1a, 0x02, 0xbf, 0xa2, 0x02, 0x00, 0x00, 0x01},
+         "Management controller (manufacturer IANA 674, product 0x0100)|1.1a|"
+         "Management controller firmware (minor revision 0x1a is not BCD: shown in hex)"},
+        {"completion code", {0xc1}, "completion code 0xc1"},
+        {"empty", {}, "empty Get Device ID answer"},
+        {"short", {0x00, 0x20, 0x01, 0x02}, "too short (3 data bytes)"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        transport = {};
+        transport.answer = row.answer;
+        const std::string xml = Collect(CollectBmcInventory, root, transport);
+        EXPECT_EQ((std::vector<int>{0x06, 0x01}), transport.asked);
+        auto devices = Select(xml, "/SVMInventory/Device[@FQDD='BMC.Embedded.1']");
+        auto apps =
+            Select(xml, "/SVMInventory/Device[@FQDD='BMC.Embedded.1']/Application[@componentType='FRMW']");
+        if (devices.size() == 1 && apps.size() == 1) {
+            EXPECT_THAT(Failures(xml), ElementsAre());
+            EXPECT_EQ(devices[0]["display"] + "|" + apps[0]["version"] + "|" + apps[0]["display"],
+                      row.result);
+        } else {
+            EXPECT_THAT(Failures(xml), ElementsAre(HasSubstr(row.result))) << xml;
+        }
+    }
+    // The library's failure names the request in hex.
+    EXPECT_EQ(IpmiRequestFailure(0x06, 0x01, 320),
+              "IPMI request (netfn 0x06, cmd 0x01) failed with status 320");
+    EXPECT_EQ(IpmiRequestFailure(0x30, 0xbd, 3), "IPMI request (netfn 0x30, cmd 0xbd) failed with status 3");
 }
 
 // Whatever a module reads, the document stays well-formed: markup is escaped and bytes that
