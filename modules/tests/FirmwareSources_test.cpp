@@ -285,27 +285,17 @@ TEST(Tpm12FirmwareTest, CapsFileGivesTheFirmwareVersionOrAFailure) {
     }
 }
 
-// A source that names no version, an RDMA device whose function has a network interface or is
-// a virtual function, and a failed capsule update.
-TEST_F(FirmwareSourcesTest, NoVersionIsAFailureOneRecordPerFunctionAndFailedUpdatesAreReported) {
+// A source that names no version, and a failed capsule update.
+TEST_F(FirmwareSourcesTest, NoVersionIsAFailureAndAFailedCapsuleUpdateToo) {
     root.Write("/proc/driver/nvidia/gpus/0000:af:00.0/information",
                "Model: \t\t NVIDIA A100 80GB PCIe\nVideo BIOS: \t ??.??.??.??.??\nBus Type: \t PCIe\n"
                "Bus Location: \t 0000:af:00.0\n");
     root.Write("/sys/devices/pci0000:00/0000:c1:00.0/vbios_version", "\n");
-    // mlx5 with its Ethernet interface on the same function, an InfiniBand port without
-    // one whose fw_ver is empty, and a virtual function with an RDMA device of its own.
-    for (auto [address, ib, fwVer] :
-         {std::array{"0000:3b:00.1", "mlx5_1", "16.35.2000\n"},
-          std::array{"0000:3b:00.2", "mlx5_2", "16.35.2000\n"}, std::array{"0000:3c:00.0", "mlx5_3", "\n"}}) {
-        const std::string dir = std::string("/sys/devices/pci0000:00/") + address;
-        root.AddPci(address, "15b3 1017 15b3 0020 020000", "mlx5_core");
-        root.Write(dir + "/infiniband/" + ib + "/fw_ver", fwVer);
-        root.Link("../../devices/pci0000:00/" + std::string(address) + "/infiniband/" + ib,
-                  std::string("/sys/class/infiniband/") + ib);
-        root.Link("../../../" + std::string(address), dir + "/infiniband/" + ib + "/device");
-    }
-    root.Write("/sys/devices/pci0000:00/0000:3b:00.1/net/enp59s0f1np1/address", "b8:ce:f6:00:00:01\n");
-    root.Link("../0000:3b:00.0", "/sys/devices/pci0000:00/0000:3b:00.2/physfn");
+    // An InfiniBand port whose fw_ver is empty.
+    root.AddPci("0000:3c:00.0", "15b3 1017 15b3 0020 020000", "mlx5_core");
+    root.Write("/sys/devices/pci0000:00/0000:3c:00.0/infiniband/mlx5_3/fw_ver", "\n");
+    root.Link("../../devices/pci0000:00/0000:3c:00.0/infiniband/mlx5_3", "/sys/class/infiniband/mlx5_3");
+    root.Link("../../../0000:3c:00.0", "/sys/devices/pci0000:00/0000:3c:00.0/infiniband/mlx5_3/device");
     // A failed capsule update of the system firmware; the device firmware's last one succeeded.
     root.Write("/sys/firmware/efi/esrt/entries/entry0/last_attempt_version", "16908801\n");
     root.Write("/sys/firmware/efi/esrt/entries/entry0/last_attempt_status", "3\n");
@@ -324,8 +314,7 @@ TEST_F(FirmwareSourcesTest, NoVersionIsAFailureOneRecordPerFunctionAndFailedUpda
                   HasSubstr("/proc/driver/nvidia/gpus/0000:af:00.0/information names no video BIOS "
                             "version (\"??.??.??.??.??\")"))))
         << xml;
-    // The entry still carries its version; the functions without one, those whose firmware
-    // nicinv reports and the virtual function have no record.
+    // The entry still carries its version; the functions without one have no record.
     EXPECT_EQ(
         Select(xml, "//Device[@FQDD='ESRT.4b8a1b5a-0f6f-4e7a-8d51-e5a3a1c0f2d1']/Application")[0]["version"],
         "16908800");
