@@ -1,0 +1,121 @@
+#include <dirent.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <vector>
+
+#include "OutputTestSupport.h"
+#include "QVROutputFile.h"
+#include "QVRTemporaryFiles.h"
+
+using namespace outtest;
+
+namespace {
+
+std::vector<std::string> Names(const std::string& directory) {
+    std::vector<std::string> names;
+    if (DIR* listing = ::opendir(directory.c_str())) {
+        while (const dirent* entry = ::readdir(listing))
+            if (entry->d_name[0] != '.' || entry->d_name[1] > '.') names.push_back(entry->d_name);
+        ::closedir(listing);
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+bool WriteAll(const std::string& path, const std::string& text) {
+    QVROutputFile file(path);
+    return file.Open() && file.Append(text.data(), text.size()) && file.Commit();
+}
+
+std::string LinkTarget(const std::string& path) {
+    char target[4096];
+    const ssize_t length = ::readlink(path.c_str(), target, sizeof target);
+    return length > 0 ? std::string(target, static_cast<std::size_t>(length)) : std::string();
+}
+
+TEST(QVROutputFile, ALinkIsWrittenThroughAndStaysALink) {
+    TempDir dir;
+    ASSERT_EQ(::mkdir(dir.Path("dated").c_str(), 0755), 0);
+    std::ofstream(dir.Path("dated/inv-1.xml")) << "old";
+    // stable -> ../<dir>/middle (relative) -> dated/inv-1.xml
+    ASSERT_EQ(::symlink("dated/inv-1.xml", dir.Path("middle").c_str()), 0);
+    ASSERT_EQ(::symlink(dir.Path("middle").c_str(), dir.Path("stable").c_str()), 0);
+    ASSERT_TRUE(WriteAll(dir.Path("stable"), "new"));
+    EXPECT_EQ(LinkTarget(dir.Path("stable")), dir.Path("middle"));
+    EXPECT_EQ(LinkTarget(dir.Path("middle")), "dated/inv-1.xml");
+    EXPECT_EQ(ReadFile(dir.Path("dated/inv-1.xml")), "new");
+    EXPECT_EQ(Names(dir.path), (std::vector<std::string>{"dated", "middle", "stable"}));
+    EXPECT_EQ(Names(dir.Path("dated")), std::vector<std::string>{"inv-1.xml"});
+}
+
+TEST(QVROutputFile, ALinkToNothingOrALoopIsRefusedAndNothingIsCreated) {
+    TempDir dir;
+    ASSERT_EQ(::symlink("missing.xml", dir.Path("dangling").c_str()), 0);
+    ASSERT_EQ(::symlink("loop", dir.Path("loop").c_str()), 0);
+    errno = 0;
+    EXPECT_FALSE(WriteAll(dir.Path("dangling"), "new"));
+    EXPECT_EQ(errno, ENOENT);
+    EXPECT_FALSE(WriteAll(dir.Path("loop"), "new"));
+    EXPECT_EQ(errno, ELOOP);
+    EXPECT_EQ(Names(dir.path), (std::vector<std::string>{"dangling", "loop"}));
+}
+
+TEST(QVROutputFile, AReplacedFileKeepsOwnerGroupAndModeAndANewOneGetsTheUmasksMode) {
+    TempDir dir;
+    const std::string old = dir.Path("old.xml");
+    std::ofstream(old) << "old";
+    ASSERT_EQ(::chmod(old.c_str(), 0640), 0);
+    if (::geteuid() == 0) {
+        ASSERT_EQ(::chown(old.c_str(), 65534, 65534), 0);
+    }
+    struct stat before, after;
+    ASSERT_EQ(::stat(old.c_str(), &before), 0);
+    const mode_t mask = ::umask(027);
+    EXPECT_TRUE(WriteAll(old, "new"));
+    EXPECT_TRUE(WriteAll(dir.Path("new.xml"), "new"));
+    ::umask(mask);
+    ASSERT_EQ(::stat(old.c_str(), &after), 0);
+    EXPECT_NE(after.st_ino, before.st_ino);  // replaced, not rewritten in place
+    EXPECT_EQ(after.st_uid, before.st_uid);
+    EXPECT_EQ(after.st_gid, before.st_gid);
+    EXPECT_EQ(after.st_mode & 07777, 0640u);
+    ASSERT_EQ(::stat(dir.Path("new.xml").c_str(), &after), 0);
+    EXPECT_EQ(after.st_mode & 07777, 0640u);
+}
+
+TEST(QVROutputFile, NamesAreUsedAsGiven) {
+    TempDir dir;
+    for (const char* name : {"a%20b.xml", "file:", "-"}) {
+        SCOPED_TRACE(name);
+        ASSERT_TRUE(WriteAll(dir.Path(name), name));
+        EXPECT_EQ(ReadFile(dir.Path(name)), name);
+    }
+    EXPECT_EQ(Names(dir.path), (std::vector<std::string>{"-", "a%20b.xml", "file:"}));
+}
+
+// A process ended by a signal leaves none of its unfinished documents behind.
+TEST(QVRTemporaryFiles, RemoveAllBeforeExitRemovesEveryUnfinishedDocument) {
+    TempDir dir;
+    std::ofstream(dir.Path("kept.xml")) << "old";
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        QVROutputFile first(dir.Path("kept.xml"));
+        QVROutputFile second(dir.Path("new.xml"));
+        const bool opened = first.Open() && first.Append("x", 1) && second.Open();
+        QVRTemporaryFiles::RemoveAllBeforeExit();
+        ::_exit(opened && Names(dir.path) == std::vector<std::string>{"kept.xml"} ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    EXPECT_EQ(Names(dir.path), std::vector<std::string>{"kept.xml"});
+    EXPECT_EQ(ReadFile(dir.Path("kept.xml")), "old");
+}
+
+}  // namespace
