@@ -32,27 +32,6 @@ bool WriteAll(const std::string& path, const std::string& text) {
     return file.Open() && file.Append(text.data(), text.size()) && file.Commit();
 }
 
-std::string LinkTarget(const std::string& path) {
-    char target[4096];
-    const ssize_t length = ::readlink(path.c_str(), target, sizeof target);
-    return length > 0 ? std::string(target, static_cast<std::size_t>(length)) : std::string();
-}
-
-TEST(QVROutputFile, ALinkIsWrittenThroughAndStaysALink) {
-    TempDir dir;
-    ASSERT_EQ(::mkdir(dir.Path("dated").c_str(), 0755), 0);
-    std::ofstream(dir.Path("dated/inv-1.xml")) << "old";
-    // stable -> ../<dir>/middle (relative) -> dated/inv-1.xml
-    ASSERT_EQ(::symlink("dated/inv-1.xml", dir.Path("middle").c_str()), 0);
-    ASSERT_EQ(::symlink(dir.Path("middle").c_str(), dir.Path("stable").c_str()), 0);
-    ASSERT_TRUE(WriteAll(dir.Path("stable"), "new"));
-    EXPECT_EQ(LinkTarget(dir.Path("stable")), dir.Path("middle"));
-    EXPECT_EQ(LinkTarget(dir.Path("middle")), "dated/inv-1.xml");
-    EXPECT_EQ(ReadFile(dir.Path("dated/inv-1.xml")), "new");
-    EXPECT_EQ(Names(dir.path), (std::vector<std::string>{"dated", "middle", "stable"}));
-    EXPECT_EQ(Names(dir.Path("dated")), std::vector<std::string>{"inv-1.xml"});
-}
-
 TEST(QVROutputFile, ALinkToNothingOrALoopIsRefusedAndNothingIsCreated) {
     TempDir dir;
     ASSERT_EQ(::symlink("missing.xml", dir.Path("dangling").c_str()), 0);
@@ -86,16 +65,6 @@ TEST(QVROutputFile, AReplacedFileKeepsOwnerGroupAndModeAndANewOneGetsTheUmasksMo
     EXPECT_EQ(after.st_mode & 07777, 0640u);
     ASSERT_EQ(::stat(dir.Path("new.xml").c_str(), &after), 0);
     EXPECT_EQ(after.st_mode & 07777, 0640u);
-}
-
-TEST(QVROutputFile, NamesAreUsedAsGiven) {
-    TempDir dir;
-    for (const char* name : {"a%20b.xml", "file:", "-"}) {
-        SCOPED_TRACE(name);
-        ASSERT_TRUE(WriteAll(dir.Path(name), name));
-        EXPECT_EQ(ReadFile(dir.Path(name)), name);
-    }
-    EXPECT_EQ(Names(dir.path), (std::vector<std::string>{"-", "a%20b.xml", "file:"}));
 }
 
 // A process ended by a signal leaves none of its unfinished documents behind.
