@@ -63,6 +63,12 @@ INSTANTIATE_TEST_SUITE_P(
              "Log file either does not exist or is not writable. Provide a valid writable file for avoiding "
              "this error."},
         Case{"OutputInMissingDirectory", {"-outc=missing/inv.xml"}, 35, "", kInvalidArgument},
+        // Values are split at ",": a path with one would name another file than the one checked.
+        Case{"CommaInOutput", {"-outc=a,b.xml"}, 35, "", kInvalidArgument},
+        Case{"CommaInLog", {"-logc=a,b.xml"}, 6, "",
+             "Log file either does not exist or is not writable. Provide a valid writable file for avoiding "
+             "this error."},
+        Case{"CommaInBaseDirectory", {"-bdir=a,b", "-outc=inv.xml"}, 11, kUsage, ""},
         Case{"ProgressWithDisable", {"-p", "-disable=0123abcd-4567-89ef-ABCD-0123456789ef"}, 5, kUsage,
              kInvalidOptions}),
     // clang-format on

@@ -1,3 +1,4 @@
+#include <dirent.h>
 #include <signal.h>
 #include <unistd.h>
 
@@ -6,6 +7,7 @@
 #include <fstream>
 #include <future>
 #include <iterator>
+#include <memory>
 #include <sstream>
 #include <thread>
 
@@ -42,9 +44,10 @@ bool DiesWithin(pid_t pid, std::chrono::milliseconds limit) {
 
 class InterruptTest : public CollectionTest {
 protected:
-    // Each module notes its own pid and its background child's, then waits for both.
+    // Each module notes its own pid and its background child's, then waits for
+    // both; one more module ends at once, so the progress segment exists.
     void InstallSleepers(int count) {
-        std::vector<Module> modules;
+        std::vector<Module> modules{Module{"quick", Emit(DeviceDoc("q"))}};
         for (int i = 0; i < count; ++i) {
             const std::string pids = dir.PathOf("pids" + std::to_string(i));
             modules.emplace_back("m" + std::to_string(i),
@@ -89,6 +92,9 @@ TEST_F(InterruptTest, EachSignalEndsEveryModuleGroupReleasesTheLockAndExitsAtOnc
         // The module's group leader is the shell the collector started.
         const pid_t collector = static_cast<pid_t>(std::atol(StatFields(group)[1].c_str()));
         ASSERT_TRUE(PathExists(kLockFile));
+        for (int i = 0; i < 500 && !ProgressSegmentExists(); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        ASSERT_TRUE(ProgressSegmentExists());
 
         const auto sent = Clock::now();
         ASSERT_EQ(::kill(c.toGroup ? -collector : collector, c.sig), 0);
@@ -99,12 +105,56 @@ TEST_F(InterruptTest, EachSignalEndsEveryModuleGroupReleasesTheLockAndExitsAtOnc
         EXPECT_LT(took, std::chrono::seconds(1));
         EXPECT_EQ(result.err, "");
         EXPECT_FALSE(PathExists(kLockFile));
+        // A -progress after it must not report the dead run's counters.
+        EXPECT_FALSE(ProgressSegmentExists());
         EXPECT_FALSE(dir.Exists("inv.xml"));
         for (pid_t pid : pids) {
             EXPECT_TRUE(DiesWithin(pid, std::chrono::milliseconds(500)))
                 << "module process " << pid << " survived";
             if (!IsDead(pid)) ::kill(pid, SIGKILL);
         }
+    }
+}
+
+// The temporary file a document is written to while a signal ends the run.
+std::string TemporaryFile(const TempDir& dir) {
+    std::unique_ptr<DIR, int (*)(DIR*)> listing(::opendir(dir.Path().c_str()), ::closedir);
+    while (const struct dirent* entry = listing ? ::readdir(listing.get()) : nullptr) {
+        const std::string name = entry->d_name;
+        if (name.compare(0, 9, ".inv.xml.") == 0) return name;
+    }
+    return "";
+}
+
+TEST_F(InterruptTest, ASignalWhileTheInventoryIsWrittenLeavesNoTemporaryFileLockOrSegment) {
+    // Enough devices that writing them takes a good part of a second.
+    Install(GenericOnly({Module{"many",
+                                "echo '<SVMInventory>'\n"
+                                "seq 1 150000 | awk '{print \"<Device componentID=\\\"\" $1 \"\\\" "
+                                "display=\\\"D\\\"><Application componentType=\\\"FRMW\\\" "
+                                "version=\\\"1\\\" display=\\\"A\\\"/></Device>\"}'\n"
+                                "echo '</SVMInventory>'\n"}}));
+    for (const int sig : {SIGINT, SIGTERM, SIGHUP}) {
+        SCOPED_TRACE(strsignal(sig));
+        dir.WriteFile("inv.xml", "old inventory");
+        ::unlink(dir.PathOf("collector.pid").c_str());
+        std::future<ProcessResult> run = std::async(std::launch::async, [this] {
+            return Run({"-outc=" + dir.PathOf("inv.xml")}, {}, "echo $$ > collector.pid\nexec \"$@\"");
+        });
+        std::string temporary;
+        for (const auto until = Clock::now() + std::chrono::seconds(30);
+             temporary.empty() && Clock::now() < until;)
+            temporary = TemporaryFile(dir);
+        ASSERT_FALSE(temporary.empty()) << "no temporary file seen";
+        const pid_t collector = static_cast<pid_t>(std::atol(dir.ReadFile("collector.pid").c_str()));
+        ASSERT_EQ(::kill(collector, sig), 0);
+        const ProcessResult result = run.get();
+        EXPECT_EQ(result.exitStatus, 128 + sig) << "the run ended before the signal";
+        EXPECT_FALSE(dir.Exists(temporary));
+        EXPECT_EQ(TemporaryFile(dir), "");
+        EXPECT_EQ(dir.ReadFile("inv.xml"), "old inventory");
+        EXPECT_FALSE(PathExists(kLockFile));
+        EXPECT_FALSE(ProgressSegmentExists());
     }
 }
 

@@ -1,5 +1,12 @@
 #include <cjson/cJSON.h>
+#include <dirent.h>
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <climits>
 #include <memory>
 
 #include "CollectionSupport.h"
@@ -110,6 +117,192 @@ TEST_F(OutputFormatTest, FormatEncodingAndFilesReachTheWriters) {
         if (row.errorLog == nullptr) continue;
         const std::string bytes = dir.ReadFile("err.xml");
         EXPECT_EQ(row.errorLog[4] == '8' ? bytes : Utf16LeToUtf8(bytes), errors(row.errorLog));
+    }
+}
+
+// The target of a symbolic link; empty when the path is no link.
+std::string LinkTarget(const std::string& path) {
+    char target[PATH_MAX];
+    const ssize_t length = ::readlink(path.c_str(), target, sizeof target);
+    return length > 0 ? std::string(target, static_cast<std::size_t>(length)) : std::string();
+}
+
+struct stat StatOf(const std::string& path) {
+    struct stat info = {};
+    EXPECT_EQ(::stat(path.c_str(), &info), 0) << path;
+    return info;
+}
+
+// Hidden names in the directory: a temporary file left behind.
+std::vector<std::string> HiddenFiles(const std::string& directory) {
+    std::vector<std::string> names;
+    std::unique_ptr<DIR, int (*)(DIR*)> listing(::opendir(directory.c_str()), ::closedir);
+    if (!listing) return names;
+    while (const struct dirent* entry = ::readdir(listing.get())) {
+        const std::string name = entry->d_name;
+        if (name[0] == '.' && name != "." && name != "..") names.push_back(name);
+    }
+    return names;
+}
+
+// Sets or clears the immutable attribute: not even root creates a file in an
+// immutable directory.
+void SetImmutable(const std::string& directory, bool on) {
+    const int fd = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    ASSERT_GE(fd, 0) << directory;
+    int flags = 0;
+    EXPECT_EQ(::ioctl(fd, FS_IOC_GETFLAGS, &flags), 0);
+    flags = on ? (flags | FS_IMMUTABLE_FL) : (flags & ~FS_IMMUTABLE_FL);
+    EXPECT_EQ(::ioctl(fd, FS_IOC_SETFLAGS, &flags), 0) << directory;
+    ::close(fd);
+}
+
+std::string Decoded(const std::string& bytes, const std::string& encoding) {
+    return NormalizeTimestamps(encoding == "UTF-8" ? bytes : Utf16LeToUtf8(bytes));
+}
+
+// A link given as -outc or -logc is written through: its target gets the
+// document by a rename in the target's own directory and the link stays. A
+// link to nothing or into a directory nobody may write is refused before any
+// module runs, and nothing is lost. A file already there keeps its owner, group
+// and mode.
+TEST_F(OutputFormatTest, LinksAreWrittenThroughAndAFileKeepsItsOwnerGroupAndMode) {
+    Install(GenericOnly({Module{"inv", Note("ran") + Emit(kModuleDocument)}, Module{"failing", "exit 3\n"}}));
+    const std::string errors = ErrorXml({{"/failing", kFailed}}, "UTF-16");
+    const char kLogFile[] =
+        "Log file either does not exist or is not writable. Provide a valid writable file for avoiding this "
+        "error.";
+    dir.WriteFile("data/keep", "");
+    dir.WriteFile("locked/inv-dated.xml", "old inventory");
+    const std::string data = dir.PathOf("data"), locked = dir.PathOf("locked");
+    struct Unlock {
+        std::string path;
+        ~Unlock() { SetImmutable(path, false); }
+    } unlock{locked};
+    const struct {
+        const char* name;
+        const char* invLink;  // inv.xml is made a link to this (relative to dir), null: a plain file
+        const char* errLink;  // the same for err.xml
+        int status;
+        std::string err;
+        bool collected;  // the modules ran and both documents were written
+    } rows[] = {
+        {"links to files", "data/inv-dated.xml", "data/err-dated.xml", 1, "", true},
+        {"absolute link through a link", "inv2.xml", "data/err-dated.xml", 1, "", true},
+        {"a dangling output link", "data/missing.xml", nullptr, 6, kLogFile, false},
+        {"a dangling log link", nullptr, "data/missing.xml", 6, kLogFile, false},
+        {"an output link into an unwritable directory", "locked/inv-dated.xml", nullptr, 6, kLogFile, false},
+        {"a log link into an unwritable directory", nullptr, "locked/inv-dated.xml", 6, kLogFile, false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        for (const char* name :
+             {"inv.xml", "err.xml", "inv2.xml", "data/inv-dated.xml", "data/err-dated.xml"})
+            ::unlink(dir.PathOf(name).c_str());
+        ForgetRan();
+        dir.WriteFile("data/inv-dated.xml", "old inventory");
+        dir.WriteFile("data/err-dated.xml", "old errors");
+        // The second row's inventory link leads on through another, absolute, link.
+        ASSERT_EQ(::symlink(dir.PathOf("data/inv-dated.xml").c_str(), dir.PathOf("inv2.xml").c_str()), 0);
+        if (row.invLink != nullptr) {
+            ASSERT_EQ(::symlink(row.invLink, dir.PathOf("inv.xml").c_str()), 0);
+        }
+        if (row.errLink != nullptr) {
+            ASSERT_EQ(::symlink(row.errLink, dir.PathOf("err.xml").c_str()), 0);
+        }
+        SetImmutable(locked, true);
+        const ProcessResult result =
+            Run({"-outc=" + dir.PathOf("inv.xml"), "-logc=" + dir.PathOf("err.xml")});
+        SetImmutable(locked, false);
+        EXPECT_EQ(result.exitStatus, row.status);
+        EXPECT_EQ(result.err, row.err);
+        EXPECT_EQ(Ran(), row.collected ? Args{"ran"} : Args{});
+        if (row.invLink != nullptr) {
+            EXPECT_EQ(LinkTarget(dir.PathOf("inv.xml")), row.invLink);
+        }
+        if (row.errLink != nullptr) {
+            EXPECT_EQ(LinkTarget(dir.PathOf("err.xml")), row.errLink);
+        }
+        EXPECT_EQ(LinkTarget(dir.PathOf("inv2.xml")), dir.PathOf("data/inv-dated.xml"));
+        EXPECT_FALSE(dir.Exists("data/missing.xml"));
+        EXPECT_EQ(dir.ReadFile("locked/inv-dated.xml"), "old inventory");
+        if (row.collected) {
+            EXPECT_EQ(Decoded(dir.ReadFile("data/inv-dated.xml"), "UTF-16"),
+                      InventoryXml(kXmlBody, "UTF-16"));
+            EXPECT_EQ(Decoded(dir.ReadFile("data/err-dated.xml"), "UTF-16"), errors);
+        } else {
+            EXPECT_EQ(dir.ReadFile("data/inv-dated.xml"), "old inventory");
+            EXPECT_EQ(dir.ReadFile("data/err-dated.xml"), "old errors");
+            EXPECT_EQ(dir.Exists("inv.xml"), row.invLink != nullptr);
+            EXPECT_EQ(dir.Exists("err.xml"), row.errLink != nullptr);
+        }
+        for (const std::string& directory : {dir.Path(), data, locked})
+            EXPECT_EQ(HiddenFiles(directory), std::vector<std::string>()) << directory;
+    }
+
+    // Another account's 0640 files: replaced, with their owner, group and mode.
+    for (const char* name : {"inv.xml", "err.xml"}) {
+        ::unlink(dir.PathOf(name).c_str());
+        dir.WriteFile(name, "old", 0640);
+        ASSERT_EQ(::chown(dir.PathOf(name).c_str(), 65534, 65534), 0);
+    }
+    const mode_t mask = ::umask(022);
+    const ProcessResult result = Run({"-outc=" + dir.PathOf("inv.xml"), "-logc=" + dir.PathOf("err.xml")});
+    ::umask(mask);
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_EQ(Decoded(dir.ReadFile("inv.xml"), "UTF-16"), InventoryXml(kXmlBody, "UTF-16"));
+    EXPECT_EQ(Decoded(dir.ReadFile("err.xml"), "UTF-16"), errors);
+    for (const char* name : {"inv.xml", "err.xml"}) {
+        const struct stat info = StatOf(dir.PathOf(name));
+        EXPECT_EQ(info.st_uid, 65534u) << name;
+        EXPECT_EQ(info.st_gid, 65534u) << name;
+        EXPECT_EQ(info.st_mode & 07777, 0640u) << name;
+    }
+    // A new file gets what the umask leaves.
+    ::unlink(dir.PathOf("inv.xml").c_str());
+    EXPECT_EQ(Run({"-outc=" + dir.PathOf("inv.xml")}).exitStatus, 1);
+    EXPECT_EQ(StatOf(dir.PathOf("inv.xml")).st_mode & 07777, 0644u);
+    EXPECT_EQ(StatOf(dir.PathOf("inv.xml")).st_uid, 0u);
+}
+
+// libxml2 unescapes %XX and strips file:// when it opens a name itself; every
+// document here lands under exactly the name given, in either encoding.
+TEST_F(OutputFormatTest, NamesAreTakenLiterallyForEveryDocumentInEveryEncoding) {
+    Install(GenericOnly({Module{"inv", Emit(kModuleDocument)}, Module{"failing", "exit 3\n"}}));
+    // "file://" + an absolute name is a relative name below the directory "file:".
+    const std::string uri = "file://" + dir.Path();
+    dir.WriteFile(uri + "/keep", "");
+    const struct {
+        std::string inv, err;  // relative to the start directory
+    } names[] = {{"inv%20a.xml", "err%20b.xml"}, {uri + "/inv.xml", uri + "/err.xml"}};
+    for (const auto& name : names) {
+        for (const std::string encoding : {"UTF-8", "UTF-16"}) {
+            SCOPED_TRACE(name.inv + " " + encoding);
+            const ProcessResult result = Run({"-outc=" + name.inv, "-logc=" + name.err, "-enc=" + encoding});
+            EXPECT_EQ(result.exitStatus, 1);
+            EXPECT_EQ(result.err, "");
+            EXPECT_EQ(Decoded(dir.ReadFile(name.inv), encoding), InventoryXml(kXmlBody, encoding));
+            EXPECT_EQ(Decoded(dir.ReadFile(name.err), encoding), ErrorXml({{"/failing", kFailed}}, encoding));
+            for (const char* stray : {"inv a.xml", "err b.xml", "inv.xml", "err.xml"})
+                EXPECT_FALSE(dir.Exists(stray)) << stray;
+            EXPECT_EQ(HiddenFiles(dir.Path()), std::vector<std::string>());
+            ::unlink(dir.PathOf(name.inv).c_str());
+            ::unlink(dir.PathOf(name.err).c_str());
+
+            // The progress document of a run held elsewhere, under the same name.
+            FileLock holder(kLockFile);
+            const ProcessResult progress = Run({"-p", "-outc=" + name.inv, "-enc=" + encoding});
+            holder.Release();
+            ::unlink(kLockFile);
+            EXPECT_EQ(progress.exitStatus, 0);
+            // The finished run's counters, read once.
+            std::string expected = ProgressXml(2, 2);
+            expected.replace(expected.find("UTF-8"), 5, encoding);
+            EXPECT_EQ(Decoded(dir.ReadFile(name.inv), encoding), expected);
+            EXPECT_FALSE(dir.Exists("inv a.xml"));
+            EXPECT_FALSE(dir.Exists("inv.xml"));
+            ::unlink(dir.PathOf(name.inv).c_str());
+        }
     }
 }
 

@@ -13,6 +13,7 @@ public:
     // order they run.
     enum WritableFileState {
         ILLEGAL_PATH,       // empty, or holds an illegal substring
+        LINK_DANGLING,      // a symbolic link that leads to nothing
         DIRECTORY_MISSING,  // the directory part does not exist
         DIRECTORY_NOT_WRITABLE,
         FILE_NOT_WRITABLE,  // the file exists and may not be written
@@ -23,7 +24,9 @@ public:
     // fileSystem, borrowed, answers the existence and permission queries.
     explicit CFileUtils(const std::string& path, IQVRFileSystem& fileSystem = IQVRFileSystem::Real());
 
-    // False for an empty path or one holding any of "?", "*", "<", "\"", ">", "|".
+    // False for an empty path or one holding any of "?", "*", "<", "\"", ">",
+    // "|", ",". The comma because option values are split at it: the name
+    // checked would not be the name written.
     bool HasValidPath() const;
     // The part before the last "/"; "/" for a file in the root; "." for a bare name.
     std::string GetDirName() const;
@@ -33,7 +36,8 @@ public:
     bool HasWritePermission() const;
 
     // Runs the checks in order and stops at the first that applies; logs each
-    // failure and the case of a file still to be created.
+    // failure and the case of a file still to be created. A symbolic link is
+    // checked as the file it leads to, which is where the document goes.
     WritableFileState CheckWritableFile() const;
 
 private:

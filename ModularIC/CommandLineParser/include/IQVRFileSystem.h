@@ -15,6 +15,9 @@ public:
     virtual bool Exists(const std::string& path) = 0;
     // Whether the calling process may write to the path.
     virtual bool IsWritable(const std::string& path) = 0;
+    // The name the path's chain of symbolic links ends in (the path itself when
+    // it is no link or the chain cannot be followed). This default knows no links.
+    virtual std::string ResolveLinks(const std::string& path) { return path; }
 
     static IQVRFileSystem& Real();
 };

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "CLinkResolver.h"
 #include "CLogger.h"
 
 namespace {
@@ -18,6 +19,10 @@ public:
         return ::stat(path.c_str(), &info) == 0;
     }
     bool IsWritable(const std::string& path) override { return ::access(path.c_str(), W_OK) == 0; }
+    std::string ResolveLinks(const std::string& path) override {
+        std::string target;
+        return CLinkResolver::Resolve(path, target) ? target : path;
+    }
 };
 
 }  // namespace
@@ -28,7 +33,7 @@ IQVRFileSystem& IQVRFileSystem::Real() {
 }
 
 CFileUtils::CFileUtils(const std::string& path, IQVRFileSystem& fileSystem)
-    : m_path(path), m_fileSystem(fileSystem), m_illegalSubstrings{"?", "*", "<", "\"", ">", "|"} {}
+    : m_path(path), m_fileSystem(fileSystem), m_illegalSubstrings{"?", "*", "<", "\"", ">", "|", ","} {}
 
 bool CFileUtils::HasValidPath() const {
     if (m_path.empty()) return false;
@@ -59,7 +64,16 @@ CFileUtils::WritableFileState CFileUtils::CheckWritableFile() const {
         logger->log(__FILE__, __LINE__, "File path contains illegal character ");
         return ILLEGAL_PATH;
     }
-    const std::string dir = GetDirName();
+    // A link is written through: the file it leads to is the one checked.
+    std::string target = m_fileSystem.ResolveLinks(m_path);
+    if (target != m_path && !m_fileSystem.Exists(m_path)) {
+        logger->log(__FILE__, __LINE__, "File is a link to nothing.");
+        return LINK_DANGLING;
+    }
+    // Links the kernel follows to no name (/dev/stdout to a pipe) are checked as given.
+    if (!m_fileSystem.Exists(target)) target = m_path;
+    const CFileUtils checked(target, m_fileSystem);
+    const std::string dir = checked.GetDirName();
     if (!IsDirectoryExist(dir)) {
         logger->log(__FILE__, __LINE__, "Directory does not exist.");
         return DIRECTORY_MISSING;
@@ -68,8 +82,8 @@ CFileUtils::WritableFileState CFileUtils::CheckWritableFile() const {
         logger->log(__FILE__, __LINE__, "Directory does not have write permission.");
         return DIRECTORY_NOT_WRITABLE;
     }
-    if (IsFileExists()) {
-        if (!HasWritePermission()) {
+    if (checked.IsFileExists()) {
+        if (!checked.HasWritePermission()) {
             logger->log(__FILE__, __LINE__, "File does not have write permission.");
             return FILE_NOT_WRITABLE;
         }

@@ -13,6 +13,7 @@ unsigned int CQVROutputOption::ValidateFilePath(const std::string& path) const {
         case CFileUtils::ILLEGAL_PATH:
         case CFileUtils::DIRECTORY_MISSING:
             return QVR_RESULT_INVALID_ARGUMENT;
+        case CFileUtils::LINK_DANGLING:
         case CFileUtils::DIRECTORY_NOT_WRITABLE:
         case CFileUtils::FILE_NOT_WRITABLE:
             return QVR_RESULT_INVALID_LOG_FILE;

@@ -59,6 +59,8 @@ unsigned int QVRProcessArgument::ProcessEachCmd(std::string& word, OptionMap& op
     }
 
     if (key == QVR_OPT_BDIR) {
+        // Values are split at ",": the directory would not be the one named.
+        if (value.find(',') != std::string::npos) return QVR_RESULT_BDIR_PATH_INVALID;
         if (!value.empty()) PopulteBaseDir(value);
         return QVR_RESULT_SUCCESS;
     }

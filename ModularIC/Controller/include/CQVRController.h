@@ -57,6 +57,9 @@ private:
     unsigned int WriteOutput();
     // The progress of the instance that holds the lock: 48 written, 50 not.
     unsigned int WriteICProgress();
+    // What a signal must undo before the process ends: the held lock, and the
+    // progress segment when progress is given.
+    void ArmInterruptCleanup(QVRDataModelManager* progress);
 
     QVRArgumentList* m_pArgumentList;
     CQVRModuleList* m_pModuleList;

@@ -81,17 +81,27 @@ CQVRController::CQVRController(CLockManager* lockManager, IQVRGenerationSource* 
 }
 
 CQVRController::~CQVRController() {
+    // Only a descriptor this process locked is released: releasing removes the
+    // file. The run is over: its progress stays as at any end, for a reader.
+    if (m_lockFileID >= 0) ArmInterruptCleanup(nullptr);
     delete m_pICInvoker;
     delete m_pDataModelManager;
     QVROutputterManager::ReleaseInstance();
     delete m_pDataModel;
     delete m_pModuleList;
-    // Only a descriptor this process locked is released: releasing removes the file.
-    if (m_lockFileID >= 0) {
-        CQVRInterruptHandler::SetCleanup(nullptr);
-        m_pLockManager->ReleaseProcessLock(m_lockFileID);
-    }
+    // Released by whichever comes first, this or a signal's cleanup.
+    if (m_lockFileID >= 0) CQVRInterruptHandler::RunCleanup();
     delete m_pLockManager;
+}
+
+void CQVRController::ArmInterruptCleanup(QVRDataModelManager* progress) {
+    CLockManager* lockManager = m_pLockManager;
+    const int handle = m_lockFileID;
+    CQVRInterruptHandler::SetCleanup([lockManager, handle, progress] {
+        // The segment goes first: once the lock is free, a new run may make its own.
+        if (progress != nullptr) progress->EndProgress();
+        lockManager->ReleaseProcessLock(handle);
+    });
 }
 
 std::string CQVRController::GetProgramName() { return "sorvik"; }
@@ -169,13 +179,8 @@ unsigned int CQVRController::CheckForProgressOption() {
 
         SetLockFileID(m_pLockManager->ProcessLock());
         if (m_lockFileID == kLockError) return QVR_RESULT_LOCK_ERROR;
-        if (m_lockFileID >= 0) {
-            // An interrupted run must not leave its lock file behind.
-            CLockManager* lockManager = m_pLockManager;
-            const int handle = m_lockFileID;
-            CQVRInterruptHandler::SetCleanup(
-                [lockManager, handle] { lockManager->ReleaseProcessLock(handle); });
-        }
+        // An interrupted run must not leave its lock file behind.
+        if (m_lockFileID >= 0) ArmInterruptCleanup(nullptr);
 
         if (progress) {
             if (m_lockFileID == kNoLock) return WriteICProgress();
@@ -240,6 +245,8 @@ void CQVRController::InitDataModel() {
             throw CQVRBadAllocException("Unable to create memory for QVRDataModelManager Object.");
         }
         m_pDataModelManager->Initialize(m_pDataModel, m_pArgumentList);
+        // Nor, from now on, the counters of modules it will never finish.
+        if (m_lockFileID >= 0) ArmInterruptCleanup(m_pDataModelManager);
     }
     QVR_PHASE_CATCH("InitDataModel")
 }

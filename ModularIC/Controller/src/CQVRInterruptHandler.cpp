@@ -7,6 +7,7 @@
 #include <mutex>
 
 #include "CQVRChildRegistry.h"
+#include "QVRTemporaryFiles.h"
 
 namespace {
 
@@ -39,6 +40,7 @@ void* WaitForTermination(void*) {
     while (sigwait(&signals, &sig) != 0) {
     }
     CQVRChildRegistry::Instance().EndAll(kStartWaitMs);
+    QVRTemporaryFiles::RemoveAllBeforeExit();
     CleanupMutex().lock();  // held until exit: nothing is released twice
     if (Cleanup()) Cleanup()();
     _exit(CQVRInterruptHandler::ExitStatusFor(sig));
@@ -67,4 +69,11 @@ bool CQVRInterruptHandler::Install() {
 void CQVRInterruptHandler::SetCleanup(std::function<void()> cleanup) {
     std::lock_guard<std::mutex> lock(CleanupMutex());
     Cleanup() = std::move(cleanup);
+}
+
+void CQVRInterruptHandler::RunCleanup() {
+    std::lock_guard<std::mutex> lock(CleanupMutex());
+    std::function<void()> cleanup;
+    cleanup.swap(Cleanup());
+    if (cleanup) cleanup();
 }

@@ -27,6 +27,9 @@ public:
     bool WriteData(IQVRInventoryRawData* data);
     // Adds ready-made records (the collector's own).
     bool WriteData(std::string& moduleIdentity, std::vector<CDeviceInfo*>& records);
+    // Thread-safe. Removes the progress segment and publishes nothing after:
+    // for a run ended by a signal, so that no -progress reports its counters.
+    void EndProgress();
 
     // Parses every stored output in arrival order into out, then removes duplicates.
     // Runs on one thread after all writers have finished.
@@ -46,6 +49,7 @@ protected:
     mutable QVRCMutex m_mutex;
     int32_t m_totalInvComponents;
     int32_t m_completedInvComponents;
+    bool m_progressEnded;
 };
 
 #endif

@@ -87,7 +87,8 @@ private:
 QVRInventoryRawDataStore::QVRInventoryRawDataStore(IQVRShmApi& progress)
     : m_pSharedMemWriter(new (std::nothrow) CSharedMemWriter(progress)),
       m_totalInvComponents(0),
-      m_completedInvComponents(0) {}
+      m_completedInvComponents(0),
+      m_progressEnded(false) {}
 
 QVRInventoryRawDataStore::~QVRInventoryRawDataStore() {
     for (IQVRInventoryRawData* data : m_rawData) delete data;
@@ -99,10 +100,17 @@ bool QVRInventoryRawDataStore::WriteData(IQVRInventoryRawData* data) {
     QVRCMutexLock lock(m_mutex);
     ++m_completedInvComponents;
     // A failed progress write leaves the run going; the reader just sees older counters.
-    if (m_pSharedMemWriter != nullptr)
+    if (m_pSharedMemWriter != nullptr && !m_progressEnded)
         m_pSharedMemWriter->WriteToSharedMem(m_totalInvComponents, m_completedInvComponents);
     m_rawData.push_back(data);
     return true;
+}
+
+void QVRInventoryRawDataStore::EndProgress() {
+    // Under the mutex: no module finishing meanwhile creates the segment anew.
+    QVRCMutexLock lock(m_mutex);
+    m_progressEnded = true;
+    if (m_pSharedMemWriter != nullptr) m_pSharedMemWriter->RemoveSegment();
 }
 
 bool QVRInventoryRawDataStore::WriteData(std::string& moduleIdentity, std::vector<CDeviceInfo*>& records) {

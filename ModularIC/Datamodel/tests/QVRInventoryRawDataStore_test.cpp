@@ -79,6 +79,25 @@ protected:
     QVRArgumentList args;
 };
 
+// A run ended by a signal takes its counters with it, and a module finishing
+// after that does not bring them back.
+TEST_F(ManagerTest, EndProgressRemovesTheSegmentAndNothingIsPublishedAfter) {
+    ASSERT_TRUE(manager->Initialize(&model, &args));
+    manager->SetTotalInvComponents(3);
+    std::string a = "a", b = "b", out = Inventory(PciDevice("101", "1.0", "FRMW"));
+    ASSERT_TRUE(manager->WriteData(a, out));
+    FakeShmApi::Write counters{};
+    ASSERT_TRUE(shm.Read(QVR_PROGRESS_SHM_KEY, &counters));
+    EXPECT_EQ(counters.completed, 1);
+    manager->EndProgress();
+    EXPECT_FALSE(shm.Read(QVR_PROGRESS_SHM_KEY, &counters));
+    EXPECT_TRUE(manager->WriteData(b, out));  // still stored and counted
+    EXPECT_EQ(manager->GetCompletedInvComponents(), 2);
+    EXPECT_FALSE(shm.Read(QVR_PROGRESS_SHM_KEY, &counters));
+    manager->EndProgress();  // no segment: nothing to remove
+    EXPECT_EQ(shm.removed.size(), 1u);
+}
+
 TEST_F(ManagerTest, FilesEveryKindOfRecordInArrivalOrderAndNeverCountsADroppedOutput) {
     args.insertValue(QVR_OPT_COMPTYPE, "FRMW,BIOS");
     ASSERT_TRUE(manager->Initialize(&model, &args));

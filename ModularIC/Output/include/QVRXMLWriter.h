@@ -35,9 +35,11 @@ public:
     // Attaches a built node to the parent. On failure the node is freed.
     xmlNodePtr AddChildNode(xmlNodePtr parent, xmlNodePtr child);
 
-    // Saves the document, indented, with the declaration naming the encoding.
-    // An empty encoding means "UTF-8", an empty path or "-" standard output.
-    // Encoding conversion is libxml2's. True when libxml2 reports success.
+    // Saves the document, indented, with the declaration naming the encoding,
+    // through QVROutputSink: a file under exactly the name given (see
+    // QVROutputFile), or standard output for an empty path or "-". An empty
+    // encoding means "UTF-8". Encoding conversion is libxml2's. False with
+    // errno when any part of the save failed.
     bool Write(const std::string& path, const std::string& encoding) const;
 
     // The node serialised (level 0, formatted); empty when there is no

@@ -6,7 +6,9 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <vector>
+
+#include "CLinkResolver.h"
+#include "QVRTemporaryFiles.h"
 
 namespace {
 
@@ -30,65 +32,73 @@ bool WriteFully(int fd, const char* data, std::size_t size) {
     return true;
 }
 
+// The mode a newly created file would have had: what the umask leaves.
+mode_t NewFileMode() {
+    const mode_t mask = umask(0);
+    umask(mask);
+    return 0666 & ~mask;
+}
+
 }  // namespace
 
 QVROutputFile::QVROutputFile(const std::string& path)
-    : m_path(path), m_writePath(path), m_temporary(false), m_committed(false), m_appendFd(-1) {}
+    : m_path(path), m_target(path), m_writePath(path), m_temporary(false), m_committed(false), m_fd(-1) {}
 
 QVROutputFile::~QVROutputFile() {
-    if (m_appendFd >= 0) CloseKeepingErrno(m_appendFd);
-    if (m_temporary && !m_committed) {
-        const int saved = errno;
-        unlink(m_writePath.c_str());
-        errno = saved;
-    }
+    if (m_fd >= 0) CloseKeepingErrno(m_fd);
+    if (m_temporary && !m_committed) QVRTemporaryFiles::Remove(m_writePath);
 }
 
 bool QVROutputFile::Open() {
     struct stat existing;
-    if (stat(m_path.c_str(), &existing) == 0 && !S_ISREG(existing.st_mode)) return true;  // written in place
-    const std::string::size_type slash = m_path.rfind('/');
-    const std::string directory = slash == std::string::npos ? std::string() : m_path.substr(0, slash + 1);
-    const std::string base = slash == std::string::npos ? m_path : m_path.substr(slash + 1);
-    std::string pattern = directory + "." + base + ".XXXXXX";
-    std::vector<char> name(pattern.begin(), pattern.end());
-    name.push_back('\0');
-    const int fd = mkostemp(name.data(), O_CLOEXEC);
-    if (fd < 0) return false;
-    // As a newly created file would have been: the permissions the umask leaves.
-    const mode_t mask = umask(0);
-    umask(mask);
-    fchmod(fd, 0666 & ~mask);
-    close(fd);
-    m_writePath = name.data();
+    const bool exists = stat(m_path.c_str(), &existing) == 0;
+    if (!exists && errno != ENOENT) return false;
+    if (exists && !S_ISREG(existing.st_mode)) return true;  // written in place
+    if (!CLinkResolver::Resolve(m_path, m_target)) return false;
+    // A link to nothing names no file to replace; creating one there is not
+    // what the user asked for.
+    if (!exists && m_target != m_path) {
+        errno = ENOENT;
+        return false;
+    }
+    const std::string::size_type slash = m_target.rfind('/');
+    const std::string directory = slash == std::string::npos ? std::string() : m_target.substr(0, slash + 1);
+    const std::string base = slash == std::string::npos ? m_target : m_target.substr(slash + 1);
+    std::string name = directory + "." + base + ".XXXXXX";
+    m_fd = QVRTemporaryFiles::Create(name);
+    if (m_fd < 0) return false;
+    m_writePath = name;
     m_temporary = true;
-    return true;
+    // The replacement is the same file to whoever used the old one.
+    if (exists && (existing.st_uid != geteuid() || existing.st_gid != getegid()) &&
+        fchown(m_fd, existing.st_uid, existing.st_gid) != 0)
+        return false;
+    return fchmod(m_fd, exists ? existing.st_mode & 07777 : NewFileMode()) == 0;
 }
 
 bool QVROutputFile::Append(const char* data, std::size_t size) {
-    if (m_appendFd < 0) {
-        m_appendFd = open(m_writePath.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-        if (m_appendFd < 0) return false;
+    if (m_fd < 0) {
+        if (m_temporary) {
+            errno = EBADF;
+            return false;
+        }
+        do {
+            m_fd = open(m_writePath.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+        } while (m_fd < 0 && errno == EINTR);
+        if (m_fd < 0) return false;
     }
-    return WriteFully(m_appendFd, data, size);
+    return WriteFully(m_fd, data, size);
 }
 
 bool QVROutputFile::Commit() {
-    if (m_appendFd >= 0) {
-        const int fd = m_appendFd;
-        m_appendFd = -1;
+    if (m_temporary && m_fd >= 0 && fsync(m_fd) != 0) return false;
+    if (m_fd >= 0) {
+        const int fd = m_fd;
+        m_fd = -1;
         // A write the kernel reports only at close is a failed write too.
         if (close(fd) != 0) return false;
     }
-    if (!m_temporary) return m_committed = true;
-    const int fd = open(m_writePath.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) return false;
-    if (fsync(fd) != 0) {
-        CloseKeepingErrno(fd);
-        return false;
-    }
-    close(fd);
-    if (rename(m_writePath.c_str(), m_path.c_str()) != 0) return false;
+    if (m_temporary && !QVRTemporaryFiles::Rename(m_writePath, m_target)) return false;
     return m_committed = true;
 }
 

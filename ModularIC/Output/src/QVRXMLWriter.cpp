@@ -1,14 +1,20 @@
 #include "QVRXMLWriter.h"
 
+#include <libxml/encoding.h>
+#include <libxml/xmlIO.h>
 #include <libxml/xmlsave.h>
 
 #include <cerrno>
 
-#include "QVROutputFile.h"
+#include "QVROutputSink.h"
 #include "QVRXMLErrorSilencer.h"
 
 namespace {
 const xmlChar* X(const char* text) { return reinterpret_cast<const xmlChar*>(text); }
+
+int WriteToSink(void* context, const char* data, int length) {
+    return static_cast<QVROutputSink*>(context)->Write(data, static_cast<std::size_t>(length)) ? length : -1;
+}
 }  // namespace
 
 QVRXMLWriter::QVRXMLWriter() : m_doc(nullptr), m_root(nullptr) {}
@@ -94,20 +100,32 @@ bool QVRXMLWriter::Write(const std::string& path, const std::string& encoding) c
     // A failed write is reported by the caller, once, in its own words.
     QVRXMLErrorSilencer quiet;
     errno = 0;
-    // "-" is libxml2's own name for standard output, whoever gives it.
-    if (path.empty() || path == "-") {
-        const bool saved = xmlSaveFormatFileEnc("-", m_doc, enc.c_str(), 1) >= 0;
-        if (!QVRFlushStandardOutput()) return false;
-        if (!saved && errno == 0) errno = EIO;
-        return saved;
-    }
-    QVROutputFile file(path);
-    if (!file.Open()) return false;
-    if (xmlSaveFormatFileEnc(file.WritePath().c_str(), m_doc, enc.c_str(), 1) < 0) {
-        if (errno == 0) errno = EIO;
+    // As libxml2's own save: an encoding without an encoder writes nothing.
+    xmlCharEncodingHandlerPtr encoder = xmlFindCharEncodingHandler(enc.c_str());
+    if (encoder == nullptr) {
+        errno = EINVAL;
         return false;
     }
-    return file.Commit();
+    // libxml2 never opens the name itself: it would unescape "%20" and drop
+    // "file://". "-" is its name for standard output, whoever gives it.
+    QVROutputSink sink(path == "-" ? std::string() : path);
+    if (!sink.Open()) return false;
+    xmlOutputBufferPtr out = xmlOutputBufferCreateIO(&WriteToSink, nullptr, &sink, encoder);
+    if (out == nullptr) {
+        errno = ENOMEM;
+        return false;
+    }
+    // The same save as xmlSaveFormatFileEnc, closing the buffer through the encoder.
+    bool written = xmlSaveFormatFileTo(out, m_doc, enc.c_str(), 1) >= 0 && !sink.Failed();
+    int error = sink.Failed() ? sink.Error() : (errno != 0 ? errno : EIO);
+    // A failed file keeps its old content (the sink removes its temporary
+    // file); standard output has what was made of the document.
+    if ((written || sink.IsStandardOutput()) && !sink.Close() && written) {
+        written = false;
+        error = errno;
+    }
+    errno = written ? 0 : error;
+    return written;
 }
 
 std::string QVRXMLWriter::RawXMLDumpNode(xmlNodePtr node) const {

@@ -15,6 +15,10 @@ public:
     // and stores both counters. False when the segment cannot be obtained or
     // attached; nothing is stored then.
     bool WriteToSharedMem(int total, int completed);
+    // Removes the segment, when there is one: for a run that ends before its
+    // modules did, whose counters would otherwise outlive it. False when a
+    // segment exists and cannot be removed.
+    bool RemoveSegment();
 
 private:
     IQVRShmApi& m_api;

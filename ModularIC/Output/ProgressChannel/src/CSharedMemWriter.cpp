@@ -17,3 +17,9 @@ bool CSharedMemWriter::WriteToSharedMem(int total, int completed) {
     counters[1] = completed;
     return true;
 }
+
+bool CSharedMemWriter::RemoveSegment() {
+    IQVRShmApi* api = &m_api;
+    const int id = api->Get(QVR_PROGRESS_SHM_KEY, QVR_PROGRESS_SHM_SIZE, 0);
+    return id == -1 || api->Remove(id) == 0;
+}

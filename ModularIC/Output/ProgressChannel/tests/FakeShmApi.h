@@ -27,14 +27,18 @@ public:
     bool failGet = false;
     bool failAttach = false;
 
-    // Creates the segment when absent, as the channel always asks (IPC_CREAT).
-    int Get(key_t key, std::size_t size, int) override {
+    // Creates the segment when absent and asked to (IPC_CREAT).
+    int Get(key_t key, std::size_t size, int flags) override {
         std::lock_guard<std::mutex> lock(m_mutex);
         if (failGet) {
             errno = EACCES;
             return -1;
         }
         std::map<key_t, int>::iterator it = m_ids.find(key);
+        if (it == m_ids.end() && (flags & IPC_CREAT) == 0) {
+            errno = ENOENT;
+            return -1;
+        }
         if (it == m_ids.end()) {
             m_segments.emplace_back(size, 0);
             it = m_ids.insert(std::make_pair(key, static_cast<int>(m_segments.size()))).first;
