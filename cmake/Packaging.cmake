@@ -48,7 +48,8 @@ find_package(Git QUIET)
 set(_sorvik_git_author "")
 set(_sorvik_git_date "")
 if(GIT_FOUND AND EXISTS ${CMAKE_SOURCE_DIR}/.git)
-  execute_process(COMMAND ${GIT_EXECUTABLE} -C ${CMAKE_SOURCE_DIR} log -1 "--format=%an <%ae>%n%ct"
+  execute_process(COMMAND ${GIT_EXECUTABLE} -C ${CMAKE_SOURCE_DIR} -c safe.directory=${CMAKE_SOURCE_DIR}
+                          log -1 "--format=%an <%ae>%n%ct"
                   OUTPUT_VARIABLE _sorvik_git_log RESULT_VARIABLE _sorvik_git_result ERROR_QUIET
                   OUTPUT_STRIP_TRAILING_WHITESPACE)
   if(_sorvik_git_result EQUAL 0 AND _sorvik_git_log MATCHES "^([^\n]+)\n([0-9]+)$")
