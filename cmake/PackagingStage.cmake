@@ -2,6 +2,11 @@
 # is made: what Debian's tools would do to a package's files, for whatever the
 # install rules put there.
 
+# Other generators (a tarball, the source package) get the files as installed.
+if(NOT CPACK_GENERATOR STREQUAL "DEB")
+  return()
+endif()
+
 set(root "${CPACK_TEMPORARY_DIRECTORY}${CPACK_PACKAGING_INSTALL_PREFIX}")
 if(NOT IS_DIRECTORY "${root}")
   message(FATAL_ERROR "package staging: no directory ${root}")
