@@ -105,6 +105,10 @@ else
 fi
 dpkg-deb --field "$deb" Depends | grep -q 'libc6 (>=' || fail "no versioned dependency on libc6"
 
+# Nothing installed names the directory it was built in.
+embedded=$(grep -rlF "$PWD/" "$tree" || true)
+[ -z "$embedded" ] || fail "files naming $PWD/: $embedded"
+
 if [ "$status" -eq 0 ]; then
     echo "package-check: $deb passes"
 fi
