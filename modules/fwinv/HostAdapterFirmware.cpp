@@ -13,6 +13,29 @@ bool PciFunctionOf(const Sysfs& fs, const std::string& path, PciFunction& fn) {
     return false;
 }
 
+// A firmware attribute of a scsi_host and the other images its driver
+// publishes beside it, named in the display.
+struct FirmwareAttribute {
+    const char* name;
+    struct {
+        const char* label;
+        const char* name;
+    } others[2];
+};
+
+// Each driver names its attribute its own way; the first present one counts.
+// aacraid's firmware is its "kernel" ("%d.%d-%d[%d]", the build in brackets),
+// started by its monitor; mptsas, mptfc and mptspi publish the same attributes
+// as mpt3sas.
+const FirmwareAttribute kAttributes[] = {
+    {"version_fw", {{"BIOS", "version_bios"}, {nullptr, nullptr}}},                            // mpt3sas, mptsas
+    {"hba_kernel_version", {{"monitor", "hba_monitor_version"}, {"BIOS", "hba_bios_version"}}},  // aacraid
+    {"fw_version", {}},         // qla2xxx
+    {"fwrev", {}},              // lpfc
+    {"firmware_revision", {}},  // hpsa
+    {"firmware_version", {}},   // smartpqi
+};
+
 }  // namespace
 
 void CollectHostAdapterFirmware(const Sysfs& fs, std::vector<HostAdapterFirmware>& found,
@@ -25,29 +48,36 @@ void CollectHostAdapterFirmware(const Sysfs& fs, std::vector<HostAdapterFirmware
         failures.push_back(error);
         return;
     }
-    // Each driver names its attribute its own way: mpt3sas version_fw, qla2xxx
-    // fw_version, lpfc fwrev, hpsa firmware_revision, smartpqi and aacraid
-    // firmware_version.
-    const char* const attributes[] = {"version_fw", "fw_version", "fwrev", "firmware_revision",
-                                      "firmware_version"};
     for (const std::string& host : hosts) {
-        for (const char* attribute : attributes) {
-            const std::string path = dir + "/" + host + "/" + attribute;
-            if (!fs.Exists(path)) continue;
-            HostAdapterFirmware fw;
-            if (!fs.ReadLine(path, fw.version, error)) {
-                failures.push_back(error);
+        const std::string base = dir + "/" + host + "/";
+        const FirmwareAttribute* source = nullptr;
+        for (const FirmwareAttribute& attribute : kAttributes)
+            if (fs.Exists(base + attribute.name)) {
+                source = &attribute;
                 break;
             }
-            fw.version = CleanText(fw.version);
-            if (PciFunctionOf(fs, dir + "/" + host + "/device", fw.pci)) {
-                const std::string driver = CleanText(fs.ReadLineOr(dir + "/" + host + "/proc_name"));
-                fw.display =
-                    driver.empty() ? "Storage adapter firmware" : "Storage adapter firmware (" + driver + ")";
-                found.push_back(fw);
-            }
-            break;
+        if (source == nullptr) continue;  // a driver that publishes none (megaraid_sas, virtio_scsi, ...)
+        HostAdapterFirmware fw;
+        if (!fs.ReadLine(base + source->name, fw.version, error)) {
+            failures.push_back(error);
+            continue;
         }
+        fw.version = CleanText(fw.version);
+        if (fw.version.empty()) {
+            failures.push_back(dir + "/" + host + "/" + source->name + ": empty");
+            continue;
+        }
+        if (!PciFunctionOf(fs, base + "device", fw.pci)) continue;
+        const std::string driver = CleanText(fs.ReadLineOr(base + "proc_name"));
+        fw.display = driver.empty() ? "Storage adapter firmware" : "Storage adapter firmware (" + driver + ")";
+        std::string others;
+        for (const auto& other : source->others) {
+            if (other.name == nullptr) break;
+            const std::string value = CleanText(fs.ReadLineOr(base + other.name));
+            if (!value.empty()) others += std::string(others.empty() ? "" : ", ") + other.label + " " + value;
+        }
+        if (!others.empty()) fw.display += ": " + others;
+        found.push_back(fw);
     }
 }
 
