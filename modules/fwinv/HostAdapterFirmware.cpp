@@ -23,17 +23,17 @@ struct FirmwareAttribute {
     } others[2];
 };
 
-// Each driver names its attribute its own way; the first present one counts.
-// aacraid's firmware is its "kernel" ("%d.%d-%d[%d]", the build in brackets),
-// started by its monitor; mptsas, mptfc and mptspi publish the same attributes
-// as mpt3sas.
+// Each driver names its attribute its own way; the first present one counts:
+// mpt3sas, mptsas, mptfc and mptspi version_fw, aacraid hba_kernel_version
+// ("%d.%d-%d[%d]", the build in brackets; the monitor starts it), qla2xxx
+// fw_version, lpfc fwrev, hpsa firmware_revision, smartpqi firmware_version.
 const FirmwareAttribute kAttributes[] = {
-    {"version_fw", {{"BIOS", "version_bios"}, {nullptr, nullptr}}},                            // mpt3sas, mptsas
-    {"hba_kernel_version", {{"monitor", "hba_monitor_version"}, {"BIOS", "hba_bios_version"}}},  // aacraid
-    {"fw_version", {}},         // qla2xxx
-    {"fwrev", {}},              // lpfc
-    {"firmware_revision", {}},  // hpsa
-    {"firmware_version", {}},   // smartpqi
+    {"version_fw", {{"BIOS", "version_bios"}, {nullptr, nullptr}}},
+    {"hba_kernel_version", {{"monitor", "hba_monitor_version"}, {"BIOS", "hba_bios_version"}}},
+    {"fw_version", {}},
+    {"fwrev", {}},
+    {"firmware_revision", {}},
+    {"firmware_version", {}},
 };
 
 }  // namespace
@@ -69,7 +69,8 @@ void CollectHostAdapterFirmware(const Sysfs& fs, std::vector<HostAdapterFirmware
         }
         if (!PciFunctionOf(fs, base + "device", fw.pci)) continue;
         const std::string driver = CleanText(fs.ReadLineOr(base + "proc_name"));
-        fw.display = driver.empty() ? "Storage adapter firmware" : "Storage adapter firmware (" + driver + ")";
+        fw.display =
+            driver.empty() ? "Storage adapter firmware" : "Storage adapter firmware (" + driver + ")";
         std::string others;
         for (const auto& other : source->others) {
             if (other.name == nullptr) break;

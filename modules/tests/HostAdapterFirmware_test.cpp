@@ -1,9 +1,10 @@
 // Host adapter firmware from the scsi_host attributes of each driver, laid out as the kernel does.
+#include "HostAdapterFirmware.h"
+
 #include <array>
 #include <filesystem>
 
 #include "FirmwareInventory.h"
-#include "HostAdapterFirmware.h"
 #include "ModuleTestSupport.h"
 
 namespace {
@@ -75,7 +76,8 @@ TEST(HostAdapterFirmwareTest, AnUnreadableOrEmptyAttributeIsAFailureNamingItAbse
 
 // The firmware inventory puts each adapter's firmware on its PCI device.
 struct NoTpm : svm::ITpmDevice {
-    int Transact(const std::string&, const std::vector<uint8_t>&, std::vector<uint8_t>&, std::string&) override {
+    int Transact(const std::string&, const std::vector<uint8_t>&, std::vector<uint8_t>&,
+                 std::string&) override {
         ADD_FAILURE() << "no TPM to ask";
         return ENOENT;
     }
@@ -87,8 +89,9 @@ TEST(HostAdapterFirmwareTest, TheInventoryReportsItOnTheAdaptersPciDevice) {
     AddHost(root, "0000:19:00.0", "host1", "aacraid", {{"hba_kernel_version", "7.18-0[32114]\n"}});
     NoTpm tpm;
     const std::string xml = svmtest::Collect(svm::CollectFirmwareInventory, root, tpm);
-    auto apps = svmtest::Select(xml, "//Device[@enum='0000:19:00.0' and @vendorID='9005' and @deviceID='028d']"
-                                     "/Application[@componentType='FRMW']");
+    auto apps = svmtest::Select(xml,
+                                "//Device[@enum='0000:19:00.0' and @vendorID='9005' and @deviceID='028d']"
+                                "/Application[@componentType='FRMW']");
     ASSERT_EQ(apps.size(), 1u) << xml;
     EXPECT_EQ(apps[0]["version"], "7.18-0[32114]");
     EXPECT_THAT(svmtest::Failures(xml), ElementsAre());
