@@ -23,7 +23,8 @@ bool IsAtaPort(const std::string& part) {
 // next reset. Only live PCIe controllers are asked: one that is resetting or
 // dead would hold the command until the kernel gives up on it, and fabrics
 // controllers are left alone. note receives a staged update that the next
-// reset activates. firmware_rev is the fallback.
+// reset activates. firmware_rev is the fallback; a controller that did not
+// answer in time is also a failure.
 bool NvmeFirmware(const Sysfs& fs, const std::string& name, INvmeAdmin& admin, SvmDocument& doc,
                   std::ostream& log, std::string& firmware, std::string& note, std::string& error) {
     const std::string dir = "/sys/class/nvme/" + name;
@@ -106,7 +107,8 @@ const struct {
     {"megaraid_sas", 2, 3},  // physical disks on 0 and 1
     {"aacraid", 0, 0},       // containers; physical devices from 1
     {"mpt3sas", 1, 1},       // integrated RAID volumes; NVMe devices on 2
-    {"mpt2sas", 1, 1},      {"mptsas", 1, 1},
+    {"mpt2sas", 1, 1},       // as mpt3sas
+    {"mptsas", 1, 1},        // integrated RAID volumes
 };
 
 // Why the SCSI device hctl (dev: its sysfs directory) is a RAID logical
