@@ -140,6 +140,9 @@ expect "MegaRAID disk channel" "$(echo "$mr_disk" | cut -d: -f2)" 2
 # Fusion MPT SAS: version_fw as the driver prints QEMU's IOC facts (1, 0x32, 0x92, 0).
 mpt_pci=$(guest "$work/bmc.txt" mptsas_pci) mpt_disk=$(guest "$work/bmc.txt" mptsas_disk)
 expect "guest mptsas version_fw" "$(guest "$work/bmc.txt" mptsas_version_fw)" "01.50.146.00"
+echo "storageinv's log: $(guest "$work/bmc.txt" storageinv_log)"
+section "$work/bmc.txt" none | sed -n "/^@@INVENTORY/,/^@@ERRORS/p" | grep -a -A1 "enum=\"$mr_pci\"" |
+    grep -a 'componentType="FRMW"' | sed 's/^ */MegaRAID: /'
 for state in none udev all; do
     expect "$state: MegaRAID firmware" "$(app_version "$work/bmc.txt" "$state" "enum=\"$mr_pci\"")" "$hw_version-QEMU"
     section "$work/bmc.txt" "$state" | grep -aq 'firmware package (megaraid_sas): APP ' ||
