@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "HostAdapterFirmware.h"
 #include "TpmCapability.h"
 #include "svm/PciIdDatabase.h"
 #include "svm/TextUtil.h"
@@ -193,29 +194,11 @@ void CollectGpus(const Sysfs& fs, SvmDocument& doc, std::vector<PciFirmware>& fo
 }
 
 void CollectStorageHosts(const Sysfs& fs, SvmDocument& doc, std::vector<PciFirmware>& found) {
-    const std::string dir = "/sys/class/scsi_host";
-    std::vector<std::string> hosts;
-    if (!ListIfPresent(fs, dir, hosts, doc)) return;
-    // Each driver names its attribute its own way: mpt3sas version_fw, qla2xxx
-    // fw_version, lpfc fwrev, hpsa firmware_revision, smartpqi and aacraid
-    // firmware_version.
-    const char* const attributes[] = {"version_fw", "fw_version", "fwrev", "firmware_revision",
-                                      "firmware_version"};
-    for (const std::string& host : hosts) {
-        for (const char* attribute : attributes) {
-            const std::string path = dir + "/" + host + "/" + attribute;
-            if (!fs.Exists(path)) continue;
-            PciFirmware fw;
-            if (ReadRequired(fs, path, fw.version, doc) &&
-                PciFunctionOf(fs, dir + "/" + host + "/device", fw.pci)) {
-                const std::string driver = CleanText(fs.ReadLineOr(dir + "/" + host + "/proc_name"));
-                fw.display =
-                    driver.empty() ? "Storage adapter firmware" : "Storage adapter firmware (" + driver + ")";
-                found.push_back(fw);
-            }
-            break;
-        }
-    }
+    std::vector<HostAdapterFirmware> hosts;
+    std::vector<std::string> failures;
+    CollectHostAdapterFirmware(fs, hosts, failures);
+    for (const std::string& failure : failures) doc.AddFailure(kPrefix + failure);
+    for (const HostAdapterFirmware& host : hosts) found.push_back({host.pci, host.version, host.display});
 }
 
 void CollectThunderbolt(const Sysfs& fs, SvmDocument& doc) {

@@ -1,12 +1,19 @@
 #ifndef SVM_INVMEADMIN_H
 #define SVM_INVMEADMIN_H
 
-#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
 
 namespace svm {
+
+// An admin command that reads data from the controller.
+struct NvmeAdminCommand {
+    uint8_t opcode = 0;
+    uint32_t nsid = 0;
+    uint32_t cdw10 = 0;
+    uint32_t size = 0;  // bytes the controller returns
+};
 
 // Seam over the NVMe admin command ioctl, so tests can answer for fake
 // controllers.
@@ -14,13 +21,14 @@ class INvmeAdmin {
 public:
     virtual ~INvmeAdmin() = default;
 
-    // Get Log Page (admin opcode 0x02, all namespaces) on the controller's
-    // character device: page receives size bytes of log logId. Answers 0, or
-    // the errno value of the failure (EIO when the controller completed the
-    // command with an error status) with error naming the call, the device and
-    // the reason.
-    virtual int GetLogPage(const std::string& device, uint8_t logId, size_t size, std::vector<uint8_t>& page,
-                           std::string& error) = 0;
+    // Sends command on the controller's character device with timeoutMs as the
+    // command's own time limit (0 would leave the kernel's admin timeout of
+    // 60 s); data receives command.size bytes. Answers 0, or the errno value of
+    // the failure (EIO when the controller completed the command with an error
+    // status, ETIMEDOUT when it did not complete in time) with error naming the
+    // call, the device and the reason.
+    virtual int Send(const std::string& device, const NvmeAdminCommand& command, unsigned timeoutMs,
+                     std::vector<uint8_t>& data, std::string& error) = 0;
 };
 
 }  // namespace svm

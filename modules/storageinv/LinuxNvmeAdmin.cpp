@@ -12,9 +12,6 @@
 namespace svm {
 namespace {
 
-const uint8_t kGetLogPage = 0x02;
-const uint32_t kAllNamespaces = 0xFFFFFFFF;
-
 struct Descriptor {
     int fd;
     ~Descriptor() {
@@ -24,13 +21,11 @@ struct Descriptor {
 
 }  // namespace
 
-int LinuxNvmeAdmin::GetLogPage(const std::string& device, uint8_t logId, size_t size,
-                               std::vector<uint8_t>& page, std::string& error) {
-    // The transfer is counted in dwords, at most 4096 of them in the lower count.
-    if (size == 0 || size % 4 != 0 || size > 16384) {
-        error = "invalid log page size " + std::to_string(size);
-        return EINVAL;
-    }
+int LinuxNvmeAdmin::Send(const std::string& device, const NvmeAdminCommand& command, unsigned timeoutMs,
+                         std::vector<uint8_t>& data, std::string& error) {
+    char what[80];
+    std::snprintf(what, sizeof what, "ioctl NVME_IOCTL_ADMIN_CMD opcode 0x%02x cdw10 0x%x on ",
+                  command.opcode, static_cast<unsigned>(command.cdw10));
     Descriptor dev{-1};
     do {
         dev.fd = ::open(device.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
@@ -40,16 +35,15 @@ int LinuxNvmeAdmin::GetLogPage(const std::string& device, uint8_t logId, size_t 
         error = "open " + device + ": " + std::strerror(err);
         return err;
     }
-    page.assign(size, 0);
+    data.assign(command.size, 0);
     struct nvme_admin_cmd cmd;
     std::memset(&cmd, 0, sizeof cmd);
-    cmd.opcode = kGetLogPage;
-    cmd.nsid = kAllNamespaces;
-    cmd.addr = reinterpret_cast<uintptr_t>(page.data());
-    cmd.data_len = static_cast<uint32_t>(size);
-    cmd.cdw10 = logId | static_cast<uint32_t>(size / 4 - 1) << 16;
-    char what[64];
-    std::snprintf(what, sizeof what, "ioctl NVME_IOCTL_ADMIN_CMD Get Log Page 0x%02x on ", logId);
+    cmd.opcode = command.opcode;
+    cmd.nsid = command.nsid;
+    cmd.addr = reinterpret_cast<uintptr_t>(data.data());
+    cmd.data_len = command.size;
+    cmd.cdw10 = command.cdw10;
+    cmd.timeout_ms = timeoutMs;
     int rc;
     do {
         rc = ::ioctl(dev.fd, NVME_IOCTL_ADMIN_CMD, &cmd);

@@ -5,12 +5,12 @@
 
 namespace svm {
 
-// The real NVME_IOCTL_ADMIN_CMD; the device is opened for each request and
+// The real NVME_IOCTL_ADMIN_CMD; the device is opened for each command and
 // closed after it. Needs CAP_SYS_ADMIN.
 class LinuxNvmeAdmin : public INvmeAdmin {
 public:
-    int GetLogPage(const std::string& device, uint8_t logId, size_t size, std::vector<uint8_t>& page,
-                   std::string& error) override;
+    int Send(const std::string& device, const NvmeAdminCommand& command, unsigned timeoutMs,
+             std::vector<uint8_t>& data, std::string& error) override;
 };
 
 }  // namespace svm

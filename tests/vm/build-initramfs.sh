@@ -1,9 +1,9 @@
 #!/bin/sh
 # Builds the guest's initramfs: busybox, dash as /bin/sh, ethtool, nvme and
 # tpm2_getcap (with the TPM library's device transport), the staged
-# collector with its modules and every shared library they need, the IPMI, NVMe
-# and e1000e kernel modules of the unpacked Debian kernel with their
-# dependencies, and the guest's init.
+# collector with its modules and every shared library they need, the IPMI,
+# NVMe, e1000e, SCSI disk, megaraid_sas and mptsas kernel modules of the
+# unpacked Debian kernel with their dependencies, and the guest's init.
 # Usage: build-initramfs.sh KERNEL_TREE STAGE_DIR OUT.cpio.gz
 set -eu
 tree=$1 stage=$2 out=$3
@@ -62,7 +62,7 @@ done
 
 # Kernel modules and what they depend on.
 depmod -b "$tree" "$version"
-wanted="ipmi_msghandler ipmi_devintf ipmi_si acpi_ipmi nvme e1000e"
+wanted="ipmi_msghandler ipmi_devintf ipmi_si acpi_ipmi nvme e1000e sd_mod megaraid_sas mptsas"
 for module in $wanted; do
     modprobe -d "$tree" -S "$version" --show-depends "$module" | awk '/^insmod/ { print $2 }'
 done | sort -u | while read -r ko; do

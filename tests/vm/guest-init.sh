@@ -28,7 +28,15 @@ coldplug() {
 coldplug
 modprobe nvme 2>/dev/null
 modprobe e1000e 2>/dev/null
+modprobe sd_mod 2>/dev/null
+modprobe megaraid_sas 2>/dev/null
+modprobe mptsas 2>/dev/null
 sleep 1
+# The SCSI controllers scan their buses after probing: wait for both disks.
+for _ in 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20; do
+    [ "$(ls /sys/class/scsi_disk 2>/dev/null | wc -l)" -ge 2 ] && break
+    sleep 1
+done
 ip link set eth0 up 2>/dev/null
 
 ipmi_modules() {
@@ -54,6 +62,21 @@ if [ -e /dev/tpmrm0 ]; then
     echo "@@GUEST tpm_fw1=$(sed -n '/^TPM2_PT_FIRMWARE_VERSION_1:/{n;s/.*raw: //p;}' /tmp/tpmcap)"
     echo "@@GUEST tpm_fw2=$(sed -n '/^TPM2_PT_FIRMWARE_VERSION_2:/{n;s/.*raw: //p;}' /tmp/tpmcap)"
 fi
+# The NVMe controller's running revision (Identify Controller FR) as nvme-cli shows it.
+echo "@@GUEST nvme_fr=$(nvme id-ctrl /dev/nvme0 2>/dev/null | sed -n 's/^fr  *: *//p' | sed 's/ *$//')"
+# The SCSI hosts: each driver's host, its PCI function, its disks with their revisions.
+for host in /sys/class/scsi_host/host*; do
+    driver=$(cat "$host/proc_name" 2>/dev/null)
+    case $driver in megaraid_sas | mptsas) ;; *) continue ;; esac
+    number=${host##*/host}
+    echo "@@GUEST ${driver}_host=$number"
+    echo "@@GUEST ${driver}_pci=$(basename "$(dirname "$(readlink -f "$host/device")")")"
+    [ -e "$host/version_fw" ] && echo "@@GUEST ${driver}_version_fw=$(cat "$host/version_fw")"
+    for device in /sys/bus/scsi/devices/"$number":*; do
+        [ -e "$device/rev" ] || continue
+        echo "@@GUEST ${driver}_disk=${device##*/} $(cat "$device/rev" | sed 's/ *$//')"
+    done
+done
 echo "@@GUEST nic_firmware=$(ethtool -i eth0 2>/dev/null | sed -n 's/^firmware-version: //p')"
 echo "@@GUEST nic_driver=$(ethtool -i eth0 2>/dev/null | sed -n 's/^driver: //p')"
 
@@ -93,6 +116,8 @@ for state in $state_list; do
     echo "@@SECONDS $(echo "$start $end" | awk '{ print $2 - $1 }')"
     echo "@@BEFORE $before"
     echo "@@AFTER $after"
+    # The megaraid_sas management node the storage module makes for itself is gone again.
+    echo "@@NODES $(ls -d /dev/megaraid_sas_ioctl_node /dev/sorvik-mfi.* 2>/dev/null | tr '\n' ' ')"
     grep -h "Command" bqmipmi*.log 2>/dev/null | sed 's/^.*Command/@@COMMAND Command/'
     echo "@@INVENTORY"
     cat /tmp/inv.xml 2>/dev/null

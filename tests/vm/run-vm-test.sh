@@ -1,7 +1,9 @@
 #!/bin/sh
 # The collector on a real Linux kernel: boots the Debian kernel under QEMU with
 # a simulated management controller (KCS), SMBIOS strings, an NVMe disk, an
-# e1000e NIC and a software TPM 2.0 on the TIS interface, runs the collector in
+# e1000e NIC, a software TPM 2.0 on the TIS interface and two SAS controllers
+# with a disk each (MegaRAID, whose disk is a logical volume, and Fusion MPT
+# SAS), runs the collector in
 # each IPMI module state and checks what it reports and leaves behind against
 # what the guest itself shows.
 # Usage: run-vm-test.sh BUILD_DIR KERNEL_TREE
@@ -22,7 +24,7 @@ cmake -S "$top" -B "$build" -G Ninja -DSORVIK_BUILD_TESTS=OFF >/dev/null
 cmake --build "$build" --target sorvik sorvik_modules >/dev/null
 cmake --install "$build" --prefix "$work/stage" >/dev/null
 sh "$here/build-initramfs.sh" "$tree" "$work/stage" "$work/initrd.gz" 2>/dev/null
-truncate -s 64M "$work/nvme.img"
+truncate -s 64M "$work/nvme.img" "$work/megaraid.img" "$work/mptsas.img"
 kernel=$(ls "$tree"/boot/vmlinuz-*)
 
 # The MMU of /dev/kvm on these machines is the shadow-paging kind, under which
@@ -55,7 +57,11 @@ start=$(date +%s)
 boot "$work/bmc.txt" none,udev,all,esx,generation \
     -device ipmi-bmc-sim,id=bmc0,fwrev1=2,fwrev2=0x17 -device isa-ipmi-kcs,bmc=bmc0 \
     -chardev socket,id=chrtpm,path="$work/tpm/ctrl" -tpmdev emulator,id=tpm0,chardev=chrtpm \
-    -device tpm-tis,tpmdev=tpm0
+    -device tpm-tis,tpmdev=tpm0 \
+    -device megasas-gen2,id=mr0 -drive "file=$work/megaraid.img,if=none,id=mrd,format=raw" \
+    -device scsi-hd,drive=mrd,bus=mr0.0 \
+    -device mptsas1068,id=mpt0 -drive "file=$work/mptsas.img,if=none,id=mptd,format=raw" \
+    -device scsi-hd,drive=mptd,bus=mpt0.0
 boot "$work/nobmc.txt" nocontroller
 echo "two boots in $(( $(date +%s) - start )) s ($accel)"
 
@@ -109,31 +115,47 @@ for state in none udev all; do
 done
 expect "guest BIOS version" "$(guest "$work/bmc.txt" dmi_bios_version)" "2.19.7"
 
-# NVMe: the revision in the active slot of the firmware slot log, as nvme-cli
-# shows it: "afi : 0x1" and "frs1 : 0x2020202020302e31 (1.0.....)", the
-# slot's 8 bytes as a little-endian number (the text in parentheses shows
-# blanks as dots). QEMU's controller gives its firmware_rev (its own version)
-# and the log's slot 1 different texts.
-fw_log=$(tr -d '\r' < "$work/bmc.txt" | sed -n 's/^@@GUEST nvme_fw_log=//p')
-active=$(echo "$fw_log" | sed -n 's/^afi *: *0x\([0-9a-f]*\).*/\1/p' | head -1)
-hex=$(echo "$fw_log" | sed -n "s/^frs$((0x${active:-0} & 7)) *: *0x\([0-9a-f]*\).*/\1/p" | head -1)
-slot_revision=""
-[ $((${#hex} % 2)) -eq 0 ] || hex=0$hex
-while [ -n "$hex" ]; do  # the lowest byte is the first character
-    byte=${hex#"${hex%??}"}
-    hex=${hex%??}
-    slot_revision=$slot_revision$(printf "\\$(printf %o "0x$byte")")
-done
-slot_revision=$(echo "$slot_revision" | sed 's/ *$//')
-[ -n "$slot_revision" ] || fail "the guest shows no active firmware slot revision: $fw_log"
-echo "NVMe: active slot revision '$slot_revision', sysfs firmware_rev '$(guest "$work/bmc.txt" nvme_firmware_rev)'"
+# NVMe: the revision the controller runs, Identify Controller's FR as nvme-cli
+# shows it. QEMU's firmware slot log is a stub whose slot 1 says "1.0".
+nvme_fr=$(guest "$work/bmc.txt" nvme_fr)
+[ -n "$nvme_fr" ] || fail "the guest shows no Identify Controller firmware revision"
+echo "NVMe: Identify FR '$nvme_fr', sysfs firmware_rev '$(guest "$work/bmc.txt" nvme_firmware_rev)'"
 for state in none udev all; do
-    expect "$state: NVMe firmware (active slot)" "$(app_version "$work/bmc.txt" "$state" 'FQDD="NVMe.')" \
-        "$slot_revision"
+    expect "$state: NVMe firmware (Identify FR)" "$(app_version "$work/bmc.txt" "$state" 'FQDD="NVMe.')" "$nvme_fr"
 done
 expect "NVMe source in storageinv's log" \
-    "$(guest "$work/bmc.txt" storageinv_log | grep -o 'from the firmware slot log, active slot [0-9]')" \
-    "from the firmware slot log, active slot $((0x${active:-0} & 7))"
+    "$(guest "$work/bmc.txt" storageinv_log | grep -o "nvme0: firmware [^;]* from Identify Controller")" \
+    "nvme0: firmware $nvme_fr from Identify Controller"
+
+# MegaRAID: the package version QEMU sets, its hardware version (what it gives
+# its SCSI disks as their revision) followed by "-QEMU", through the private
+# management node, which is gone after each run. Its disk is a logical volume
+# on channel 2: not a disk of the inventory.
+mr_pci=$(guest "$work/bmc.txt" megaraid_sas_pci) mr_host=$(guest "$work/bmc.txt" megaraid_sas_host)
+mr_disk=$(guest "$work/bmc.txt" megaraid_sas_disk)
+hw_version=${mr_disk#* }
+echo "MegaRAID: host $mr_host on $mr_pci, disk $mr_disk"
+[ -n "$mr_pci" ] && [ -n "$hw_version" ] || fail "the guest shows no megaraid_sas host with a disk"
+expect "MegaRAID disk channel" "$(echo "$mr_disk" | cut -d: -f2)" 2
+# Fusion MPT SAS: version_fw as the driver prints QEMU's IOC facts (1, 0x32, 0x92, 0).
+mpt_pci=$(guest "$work/bmc.txt" mptsas_pci) mpt_disk=$(guest "$work/bmc.txt" mptsas_disk)
+expect "guest mptsas version_fw" "$(guest "$work/bmc.txt" mptsas_version_fw)" "01.50.146.00"
+echo "storageinv's log: $(guest "$work/bmc.txt" storageinv_log)"
+section "$work/bmc.txt" none | sed -n "/^@@INVENTORY/,/^@@ERRORS/p" | grep -a -A1 "enum=\"$mr_pci\"" |
+    grep -a 'componentType="FRMW"' | sed 's/^ */MegaRAID: /'
+for state in none udev all; do
+    expect "$state: MegaRAID firmware" "$(app_version "$work/bmc.txt" "$state" "enum=\"$mr_pci\"")" "$hw_version-QEMU"
+    section "$work/bmc.txt" "$state" | grep -aq 'firmware package (megaraid_sas): APP ' ||
+        fail "$state: the MegaRAID firmware display lists no APP image"
+    if section "$work/bmc.txt" "$state" | grep -aq "scsi-${mr_disk%% *}\""; then
+        fail "$state: the MegaRAID logical volume ${mr_disk%% *} is reported as a disk"
+    fi
+    expect "$state: megaraid_sas nodes after the run" "$(field "$work/bmc.txt" "$state" NODES)" ""
+    expect "$state: Fusion MPT SAS firmware" "$(app_version "$work/bmc.txt" "$state" "enum=\"$mpt_pci\"")" \
+        "01.50.146.00"
+    expect "$state: Fusion MPT SAS disk" \
+        "$(app_version "$work/bmc.txt" "$state" "FQDD=\"Disk.$mpt_pci.scsi-${mpt_disk%% *}\"")" "${mpt_disk#* }"
+done
 
 # TPM: the two firmware words and the vendor as tpm2_getcap shows them.
 fw1=$(guest "$work/bmc.txt" tpm_fw1) fw2=$(guest "$work/bmc.txt" tpm_fw2)
