@@ -162,7 +162,9 @@ fw1=$(guest "$work/bmc.txt" tpm_fw1) fw2=$(guest "$work/bmc.txt" tpm_fw2)
 if [ -z "$fw1" ] || [ -z "$fw2" ]; then
     fail "the guest shows no TPM firmware version (tpm2_getcap status $(guest "$work/bmc.txt" tpm_getcap_status))"
 else
-    tpm_version=$(printf '%d.%d.%d.%d' $((fw1 >> 16)) $((fw1 & 0xffff)) $((fw2 >> 16)) $((fw2 & 0xffff)))
+    # The software TPM writes its words as hex digits (a date, then a build):
+    # their halves read in hex.
+    tpm_version=$(printf '%x.%x.%x.%x' $((fw1 >> 16)) $((fw1 & 0xffff)) $((fw2 >> 16)) $((fw2 & 0xffff)))
     for state in none udev all; do
         expect "$state: TPM firmware" "$(app_version "$work/bmc.txt" "$state" 'FQDD="TPM.tpm0"')" "$tpm_version"
         section "$work/bmc.txt" "$state" | grep -aq "display=\"TPM 2.0 ($(guest "$work/bmc.txt" tpm_manufacturer))\"" ||
