@@ -21,7 +21,7 @@ cleanup() {
 trap cleanup EXIT
 
 cmake -S "$top" -B "$build" -G Ninja -DSORVIK_BUILD_TESTS=OFF >/dev/null
-cmake --build "$build" --target sorvik sorvik_modules >/dev/null
+cmake --build "$build" --target sorvik sorvik_modules sorvik-audit >/dev/null
 cmake --install "$build" --prefix "$work/stage" >/dev/null
 sh "$here/build-initramfs.sh" "$tree" "$work/stage" "$work/initrd.gz" 2>/dev/null
 truncate -s 64M "$work/nvme.img" "$work/megaraid.img" "$work/mptsas.img"
