@@ -35,6 +35,12 @@ struct OperatingSystem {
     std::string buildNumber;
 };
 
+// One SPStatus entry of the collector's error document.
+struct ModuleFailure {
+    std::string module;  // the module's configured directory, e.g. "/storageinv"
+    std::string message;
+};
+
 struct Inventory {
     std::string source;            // the path it was read from, "-" for standard input
     std::string timestamp;         // XML root "timestamp"; empty for JSON
@@ -42,12 +48,9 @@ struct Inventory {
     std::string systemID;
     OperatingSystem os;
     std::vector<Component> components;  // in document order
-};
-
-// One SPStatus entry of the collector's error document.
-struct ModuleFailure {
-    std::string module;  // the module's configured directory, e.g. "/storageinv"
-    std::string message;
+    // Modules listed by an error document that followed the XML inventory in
+    // the same stream (the collector's standard output when a module failed).
+    std::vector<ModuleFailure> failures;
 };
 
 struct ErrorDocument {

@@ -1,0 +1,33 @@
+#pragma once
+// Reads the collector's documents in every form it writes them: the XML
+// inventory (root "SVMInventory", UTF-8 or UTF-16 with a byte-order mark), the
+// JSON inventory (root key "UpdatableComponentsInventory", UTF-8) and the XML
+// error document (root "InventoryError"). Parsing never loads external
+// entities or DTDs, prints nothing and keeps libxml2's size limits.
+#include <string>
+
+#include "audit/Inventory.h"
+
+namespace audit {
+
+// Any form the collector writes; "-" reads standard input. An XML inventory
+// followed by its error document in the same stream (the collector's standard
+// output when a module failed) fills inventory.failures as well.
+// On failure: false, and error names the file and the place (line and column,
+// or the JSON path); inventory is then unspecified.
+bool ReadInventory(const std::string& path, Inventory& inventory, std::string& error);
+// The same from bytes in memory; name stands for the file in messages and in
+// inventory.source.
+bool ParseInventory(const std::string& bytes, const std::string& name, Inventory& inventory,
+                    std::string& error);
+
+// The error document; "-" reads standard input.
+bool ReadErrorDocument(const std::string& path, ErrorDocument& errors, std::string& error);
+bool ParseErrorDocument(const std::string& bytes, const std::string& name, ErrorDocument& errors,
+                        std::string& error);
+
+// The whole file, or standard input for "-". On failure: false, and error
+// names the file and the system's reason.
+bool ReadWholeFile(const std::string& path, std::string& bytes, std::string& error);
+
+}  // namespace audit

@@ -1,0 +1,217 @@
+#include "XmlStream.h"
+
+#include <libxml/SAX2.h>
+#include <libxml/parser.h>
+#include <libxml/xmlerror.h>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+
+namespace audit {
+namespace {
+
+struct ParseState {
+    XmlHandler* handler;
+    xmlParserCtxtPtr context = nullptr;
+    int depth = 0;
+    bool failed = false;
+    bool rootSeen = false;
+    int line = 0, column = 0;
+    std::string message;
+    std::string root;
+    std::string name;  // reused between elements
+    XmlAttributes attributes;
+};
+
+ParseState& StateOf(void* context) {
+    return *static_cast<ParseState*>(static_cast<xmlParserCtxtPtr>(context)->_private);
+}
+
+void Fail(ParseState& state, std::string message) {
+    if (state.failed) return;
+    state.failed = true;
+    state.line = xmlSAX2GetLineNumber(state.context);
+    state.column = xmlSAX2GetColumnNumber(state.context);
+    state.message = std::move(message);
+    xmlStopParser(state.context);
+}
+
+void OnStart(void* context, const xmlChar* localName, const xmlChar* prefix, const xmlChar*, int,
+             const xmlChar**, int count, int, const xmlChar** attributes) {
+    ParseState& state = StateOf(context);
+    if (state.failed) return;
+    if (state.depth == 0 && state.rootSeen) return;  // libxml2 reports a second root itself
+    state.rootSeen = true;
+    state.name.assign(reinterpret_cast<const char*>(localName));
+    if (prefix != nullptr) state.name.insert(0, std::string(reinterpret_cast<const char*>(prefix)) + ":");
+    state.attributes.resize(static_cast<size_t>(count));
+    for (int i = 0; i < count; ++i) {
+        const xmlChar* const* attribute = attributes + 5 * i;
+        auto& slot = state.attributes[static_cast<size_t>(i)];
+        slot.first.assign(reinterpret_cast<const char*>(attribute[0]));
+        if (attribute[1] != nullptr)
+            slot.first.insert(0, std::string(reinterpret_cast<const char*>(attribute[1])) + ":");
+        slot.second.assign(reinterpret_cast<const char*>(attribute[3]),
+                           static_cast<size_t>(attribute[4] - attribute[3]));
+        // Without entity substitution libxml2 hands "&amp;" on as "&#38;" for a
+        // tree builder to decode; no other '&' can reach a value.
+        for (size_t at = slot.second.find("&#38;"); at != std::string::npos;
+             at = slot.second.find("&#38;", at + 1))
+            slot.second.replace(at, 5, "&");
+    }
+    std::string error;
+    if (!state.handler->Start(state.depth, state.name, state.attributes, error)) Fail(state, error);
+    ++state.depth;
+    if (state.depth == 1) state.root = state.name;
+}
+
+void OnEnd(void* context, const xmlChar* localName, const xmlChar*, const xmlChar*) {
+    ParseState& state = StateOf(context);
+    if (state.failed) return;
+    --state.depth;
+    std::string error;
+    if (!state.handler->End(state.depth, reinterpret_cast<const char*>(localName), error)) Fail(state, error);
+}
+
+void OnText(void* context, const xmlChar* text, int length) {
+    ParseState& state = StateOf(context);
+    if (!state.failed) state.handler->Text(reinterpret_cast<const char*>(text), static_cast<size_t>(length));
+}
+
+void OnError(void* context, xmlErrorPtr error) {
+    if (error == nullptr || error->level < XML_ERR_ERROR) return;
+    ParseState& state = StateOf(context);
+    if (state.failed) return;
+    state.failed = true;
+    state.line = error->line;
+    state.column = error->int2;
+    state.message = error->message != nullptr ? error->message : "not well-formed";
+    if (error->code == XML_ERR_DOCUMENT_END && state.depth > 0)
+        state.message = "truncated: the document ends before </" + state.root + ">";
+    while (!state.message.empty() && (state.message.back() == '\n' || state.message.back() == ' '))
+        state.message.pop_back();
+}
+
+void Silent(void*, const char*, ...) {}
+
+// libxml2 prints errors it raises without a parser context through the
+// thread's generic handler; none of them may reach standard error.
+class GenericErrorsSilenced {
+public:
+    GenericErrorsSilenced() : m_function(xmlGenericError), m_context(xmlGenericErrorContext) {
+        xmlSetGenericErrorFunc(nullptr, Silent);
+    }
+    ~GenericErrorsSilenced() { xmlSetGenericErrorFunc(m_context, m_function); }
+    GenericErrorsSilenced(const GenericErrorsSilenced&) = delete;
+    GenericErrorsSilenced& operator=(const GenericErrorsSilenced&) = delete;
+
+private:
+    xmlGenericErrorFunc m_function;
+    void* m_context;
+};
+
+// Little-endian UTF-16 (the byte-order mark already skipped) as UTF-8. The
+// push parser in libxml2 2.9 loses a UTF-16 encoding found in its first
+// chunk, so the reader converts such documents itself. False on a broken
+// surrogate pair or an odd length.
+bool Utf16ToUtf8(const char* data, size_t size, std::string& out) {
+    if (size % 2 != 0) return false;
+    out.reserve(size / 2 + size / 8);
+    const auto* bytes = reinterpret_cast<const unsigned char*>(data);
+    for (size_t i = 0; i < size; i += 2) {
+        unsigned code = bytes[i] | (bytes[i + 1] << 8);
+        if (code >= 0xD800 && code <= 0xDBFF) {
+            if (i + 3 >= size) return false;
+            const unsigned low = bytes[i + 2] | (bytes[i + 3] << 8);
+            if (low < 0xDC00 || low > 0xDFFF) return false;
+            code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
+            i += 2;
+        } else if (code >= 0xDC00 && code <= 0xDFFF) {
+            return false;
+        }
+        if (code < 0x80) {
+            out += static_cast<char>(code);
+        } else if (code < 0x800) {
+            out += static_cast<char>(0xC0 | (code >> 6));
+            out += static_cast<char>(0x80 | (code & 0x3F));
+        } else if (code < 0x10000) {
+            out += static_cast<char>(0xE0 | (code >> 12));
+            out += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
+            out += static_cast<char>(0x80 | (code & 0x3F));
+        } else {
+            out += static_cast<char>(0xF0 | (code >> 18));
+            out += static_cast<char>(0x80 | ((code >> 12) & 0x3F));
+            out += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
+            out += static_cast<char>(0x80 | (code & 0x3F));
+        }
+    }
+    return true;
+}
+
+struct ContextDeleter {
+    void operator()(xmlParserCtxtPtr context) const {
+        if (context->myDoc != nullptr) xmlFreeDoc(context->myDoc);
+        xmlFreeParserCtxt(context);
+    }
+};
+
+}  // namespace
+
+bool ParseXml(const char* data, size_t size, const std::string& name, int firstLine, XmlHandler& handler,
+              std::string& error) {
+    std::string converted;
+    int options = XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NOCDATA;
+    if (size >= 2 && static_cast<unsigned char>(data[0]) == 0xFF &&
+        static_cast<unsigned char>(data[1]) == 0xFE) {
+        if (!Utf16ToUtf8(data + 2, size - 2, converted)) {
+            error = name + ": broken UTF-16";
+            return false;
+        }
+        data = converted.data();
+        size = converted.size();
+        options |= XML_PARSE_IGNORE_ENC;  // the declaration still says UTF-16
+    }
+    xmlSAXHandler sax;
+    std::memset(&sax, 0, sizeof sax);
+    sax.initialized = XML_SAX2_MAGIC;
+    sax.startElementNs = OnStart;
+    sax.endElementNs = OnEnd;
+    sax.characters = OnText;
+    sax.cdataBlock = OnText;
+    sax.serror = OnError;
+
+    GenericErrorsSilenced silenced;
+    ParseState state;
+    state.handler = &handler;
+    std::unique_ptr<xmlParserCtxt, ContextDeleter> context(
+        xmlCreatePushParserCtxt(&sax, nullptr, nullptr, 0, name.c_str()));
+    if (!context) {
+        error = name + ": cannot start the XML parser";
+        return false;
+    }
+    state.context = context.get();
+    context->_private = &state;
+    xmlCtxtUseOptions(context.get(), options);
+    constexpr size_t kChunk = 1 << 16;
+    size_t at = 0;
+    do {
+        const size_t length = std::min(kChunk, size - at);
+        xmlParseChunk(context.get(), data + at, static_cast<int>(length), at + length == size ? 1 : 0);
+        at += length;
+    } while (at < size && !state.failed);
+    if (!state.failed && (!context->wellFormed || !state.rootSeen)) {
+        state.failed = true;
+        state.line = xmlSAX2GetLineNumber(context.get());
+        state.column = xmlSAX2GetColumnNumber(context.get());
+        state.message = "not a complete XML document";
+    }
+    if (state.failed) {
+        error = name + ":" + std::to_string(firstLine + state.line) + ":" + std::to_string(state.column) +
+                ": " + state.message;
+        return false;
+    }
+    return true;
+}
+
+}  // namespace audit
