@@ -157,6 +157,7 @@ bool FleetLoader::LoadFile(const std::string& path, const std::string& host, boo
     std::time_t modified = 0;
     if (!Read(path, bytes, modified, error)) return false;
     if (!readers_.parseInventory(bytes, path, record.inventory, error)) return Named(path, error);
+    record.failures = record.inventory.failures;
     if (path != "-") {
         std::string errorPath = ErrorDocumentPath(path);
         struct stat info;
