@@ -21,6 +21,9 @@ JsonPtr ParseJsonText(const std::string& text, const std::string& name, std::str
 // "<name>:<line>:<column>" for a byte offset into text.
 std::string PlaceOf(const std::string& text, size_t offset, const std::string& name);
 
+// The text as a JSON string literal, quotes included.
+std::string JsonString(const std::string& text);
+
 // The JSON type in words, for "expected a string, found a number".
 const char* JsonTypeName(const cJSON* item);
 

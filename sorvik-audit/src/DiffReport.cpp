@@ -1,0 +1,89 @@
+#include "audit/DiffReport.h"
+
+#include <map>
+
+#include "JsonText.h"
+#include "TextTable.h"
+
+namespace audit {
+namespace {
+
+const char* Colour(Change change) {
+    switch (change) {
+        case Change::Added:
+            return "32";
+        case Change::Removed:
+            return "31";
+        case Change::Changed:
+            return "33";
+        case Change::Unknown:
+            return "35";
+    }
+    return "";
+}
+
+const Component& Identity(const ComponentChange& change) {
+    return change.change == Change::Removed || change.change == Change::Unknown ? change.before
+                                                                                : change.after;
+}
+
+}  // namespace
+
+std::string DiffTable(const std::vector<ComponentChange>& changes, bool colour) {
+    TextTable table({"CHANGE", "KEY", "FROM", "TO"});
+    std::map<Change, size_t> counts;
+    for (const ComponentChange& change : changes) {
+        const bool hasBefore = change.change != Change::Added;
+        const bool hasAfter = change.change == Change::Added || change.change == Change::Changed;
+        table.Add({ChangeName(change.change), change.key, hasBefore ? change.before.version : "",
+                   hasAfter ? change.after.version : (change.change == Change::Unknown ? change.reason : "")},
+                  Colour(change.change));
+        ++counts[change.change];
+    }
+    if (changes.empty()) return "no change\n";
+    std::string parts;
+    for (const auto& count : counts)
+        parts += (parts.empty() ? "" : ", ") + std::to_string(count.second) + " " + ChangeName(count.first);
+    return table.Text(colour) + parts + "\n";
+}
+
+std::string DiffJson(const std::vector<ComponentChange>& changes, const Inventory& before,
+                     const Inventory& after) {
+    std::map<Change, size_t> counts;
+    std::string items;
+    for (const ComponentChange& change : changes) {
+        ++counts[change.change];
+        const Component& c = Identity(change);
+        std::string item = "\n    {\n      \"change\": " + JsonString(ChangeName(change.change)) +
+                           ",\n      \"key\": " + JsonString(change.key);
+        if (change.change != Change::Added) item += ",\n      \"from\": " + JsonString(change.before.version);
+        if (change.change == Change::Added || change.change == Change::Changed)
+            item += ",\n      \"to\": " + JsonString(change.after.version);
+        if (change.change == Change::Changed && change.before.name != change.after.name)
+            item += ",\n      \"fromName\": " + JsonString(change.before.name);
+        if (!change.reason.empty()) item += ",\n      \"reason\": " + JsonString(change.reason);
+        const std::pair<const char*, const std::string*> fields[] = {
+            {"name", &c.name},
+            {"componentType", &c.componentType},
+            {"componentID", &c.componentID},
+            {"componentInstance", &c.componentInstance},
+            {"fqdd", &c.fqdd},
+            {"vendorID", &c.vendorID},
+            {"deviceID", &c.deviceID},
+            {"subVendorID", &c.subVendorID},
+            {"subDeviceID", &c.subDeviceID}};
+        for (const auto& field : fields)
+            if (!field.second->empty())
+                item += ",\n      \"" + std::string(field.first) + "\": " + JsonString(*field.second);
+        items += std::string(items.empty() ? "" : ",") + item + "\n    }";
+    }
+    std::string summary;
+    for (Change change : {Change::Added, Change::Removed, Change::Changed, Change::Unknown})
+        summary += std::string(summary.empty() ? "" : ", ") + "\"" + ChangeName(change) +
+                   "\": " + std::to_string(counts[change]);
+    return "{\n  \"reportVersion\": 1,\n  \"command\": \"diff\",\n  \"old\": " + JsonString(before.source) +
+           ",\n  \"new\": " + JsonString(after.source) + ",\n  \"summary\": {" + summary +
+           "},\n  \"changes\": [" + items + (items.empty() ? "]" : "\n  ]") + "\n}\n";
+}
+
+}  // namespace audit

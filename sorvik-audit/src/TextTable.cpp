@@ -1,0 +1,52 @@
+#include "TextTable.h"
+
+#include <algorithm>
+
+namespace audit {
+namespace {
+
+// UTF-8 characters, not bytes: names carry accented letters.
+size_t Width(const std::string& text) {
+    size_t width = 0;
+    for (char c : text)
+        if ((static_cast<unsigned char>(c) & 0xC0) != 0x80) ++width;
+    return width;
+}
+
+}  // namespace
+
+TextTable::TextTable(std::vector<std::string> header) {
+    m_rows.push_back(std::move(header));
+    m_colours.emplace_back();
+}
+
+void TextTable::Add(std::vector<std::string> cells, const std::string& colour) {
+    m_rows.push_back(std::move(cells));
+    m_colours.push_back(colour);
+}
+
+std::string TextTable::Text(bool colour) const {
+    std::vector<size_t> widths;
+    for (const auto& row : m_rows) {
+        widths.resize(std::max(widths.size(), row.size()), 0);
+        for (size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], Width(row[i]));
+    }
+    std::string text;
+    for (size_t r = 0; r < m_rows.size(); ++r) {
+        const auto& row = m_rows[r];
+        std::string line;
+        for (size_t i = 0; i < row.size(); ++i) {
+            const bool last = i + 1 == row.size();
+            const bool marked = colour && i == 0 && !m_colours[r].empty();
+            if (marked) line += "\033[" + m_colours[r] + "m";
+            line += row[i];
+            if (marked) line += "\033[0m";
+            if (!last) line.append(widths[i] - Width(row[i]) + 2, ' ');
+        }
+        while (!line.empty() && line.back() == ' ') line.pop_back();
+        text += line + "\n";
+    }
+    return text;
+}
+
+}  // namespace audit
