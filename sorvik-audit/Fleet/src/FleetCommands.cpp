@@ -67,6 +67,10 @@ int RunDrift(const std::string& url, const std::string& format, double maxShareP
 
 int RunFleetCheck(const std::string& url, const std::string& baselinePath, const std::string& format,
                   std::ostream& out, std::ostream& err) {
+    if (format != "table" && format != "json") {
+        err << "sorvik-audit: check --db writes table or json, not " << format << '\n';
+        return 2;
+    }
     Baseline baseline;
     std::string error;
     if (!LoadBaseline(baselinePath, baseline, error)) {
@@ -86,6 +90,17 @@ int RunFleetCheck(const std::string& url, const std::string& baselinePath, const
         WriteFleetCheckTable(hosts, out);
     }
     return FleetCompliant(hosts) ? 0 : 1;
+}
+
+void AddFleetCheckOption(CLI::App& check, std::string& url) {
+    CLI::Option* inventories = check.get_option("INVENTORY");
+    inventories->required(false);
+    CLI::Option* db =
+        check.add_option("--db", url, "Check every host's latest collection in this fleet store");
+    db->excludes(inventories);
+    check.parse_complete_callback([inventories, db] {
+        if (inventories->count() == 0 && db->count() == 0) throw CLI::RequiredError("INVENTORY or --db");
+    });
 }
 
 void AddFleetCommands(CLI::App& app, int& status) {

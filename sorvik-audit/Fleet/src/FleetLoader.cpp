@@ -144,10 +144,8 @@ bool FleetLoader::Read(const std::string& path, std::string& bytes, std::time_t&
     return true;
 }
 
-bool FleetLoader::LoadFile(const std::string& path, const std::string& host, bool& added,
-                           std::string& error) {
-    added = false;
-    CollectionRecord record;
+bool FleetLoader::Prepare(const std::string& path, const std::string& host, CollectionRecord& record,
+                          std::string& error) const {
     record.host = host.empty() ? HostFromPath(path) : host;
     if (record.host.empty() || record.host == "-") {
         error = path + ": no host name; give one with --host";
@@ -176,6 +174,14 @@ bool FleetLoader::LoadFile(const std::string& path, const std::string& host, boo
     record.collectorVersion = record.inventory.collectorVersion;
     record.contentHash = Sha256Hex(bytes);
     record.source = path;
+    return true;
+}
+
+bool FleetLoader::LoadFile(const std::string& path, const std::string& host, bool& added,
+                           std::string& error) {
+    added = false;
+    CollectionRecord record;
+    if (!Prepare(path, host, record, error)) return false;
     if (!store_.AddCollection(record, added, error)) return Named(path, error);
     return true;
 }
@@ -183,18 +189,36 @@ bool FleetLoader::LoadFile(const std::string& path, const std::string& host, boo
 LoadSummary FleetLoader::Load(const std::vector<std::string>& files, const std::string& host,
                               const LoadProgress& progress) {
     LoadSummary summary;
-    for (std::size_t i = 0; i < files.size(); ++i) {
-        bool added = false;
-        std::string error;
-        if (!LoadFile(files[i], host, added, error)) {
-            summary.failures.push_back(error);
-        } else if (added) {
-            ++summary.added;
-        } else {
-            ++summary.unchanged;
+    std::vector<CollectionRecord> batch;
+    std::vector<AddResult> results;
+    std::size_t done = 0;
+    auto store = [&] {
+        store_.AddCollections(batch, results);
+        for (std::size_t i = 0; i < batch.size(); ++i) {
+            if (!results[i].error.empty()) {
+                Named(batch[i].source, results[i].error);
+                summary.failures.push_back(results[i].error);
+            } else if (results[i].added) {
+                ++summary.added;
+            } else {
+                ++summary.unchanged;
+            }
+            if (progress) progress(++done, files.size());
         }
-        if (progress) progress(i + 1, files.size());
+        batch.clear();
+    };
+    for (const std::string& path : files) {
+        CollectionRecord record;
+        std::string error;
+        if (Prepare(path, host, record, error)) {
+            batch.push_back(std::move(record));
+            if (batch.size() == kBatch) store();
+            continue;
+        }
+        summary.failures.push_back(error);
+        if (progress) progress(++done, files.size());
     }
+    store();
     return summary;
 }
 

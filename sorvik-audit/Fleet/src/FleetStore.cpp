@@ -6,6 +6,14 @@
 namespace audit {
 namespace fleet {
 
+bool FleetStore::AddCollection(const CollectionRecord& record, bool& added, std::string& error) {
+    std::vector<AddResult> results;
+    AddCollections({record}, results);
+    added = results[0].added;
+    error = results[0].error;
+    return error.empty();
+}
+
 const char* const kDefaultStoreUrl = "sqlite:/var/lib/sorvik/fleet.db";
 
 bool OpenFleetStore(const std::string& url, std::unique_ptr<FleetStore>& store, std::string& error) {

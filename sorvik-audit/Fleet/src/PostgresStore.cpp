@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <map>
+#include <utility>
 
 #include "StoreSql.h"
 #include "audit/fleet/ComponentGroup.h"
@@ -23,27 +24,35 @@ std::string Trimmed(const char* message) {
     return text;
 }
 
-// One field of COPY's text format.
-void AppendCopyField(std::string& rows, const std::string& field) {
-    for (char c : field) {
-        switch (c) {
-            case '\\':
-                rows += "\\\\";
-                break;
-            case '\t':
-                rows += "\\t";
-                break;
-            case '\n':
-                rows += "\\n";
-                break;
-            case '\r':
-                rows += "\\r";
-                break;
-            default:
-                rows += c;
-        }
+// One element of an array literal, quoted so that any text survives.
+void AppendArrayElement(std::string& array, const std::string& element) {
+    if (array.size() > 1) array += ',';
+    array += '"';
+    for (char c : element) {
+        if (c == '"' || c == '\\') array += '\\';
+        array += c;
     }
+    array += '"';
 }
+
+// Names of the statements a load runs, prepared once a connection.
+constexpr const char* kAddHost = "sorvik_add_host";
+constexpr const char* kAddCollection = "sorvik_add_collection";
+
+// The collection and, when it is new, its components and module failures.
+constexpr const char* kInsertCollection =
+    "WITH c AS (INSERT INTO collections (host_id, collected_at, collector_version, content_hash, source, "
+    "system_id, os_name, os_vendor, os_code, os_arch, os_major, os_minor, os_sp_major, os_sp_minor, "
+    "os_build) "
+    "SELECT id, $2, $3, $4, $5, $6, $7, $8, $9, $10, $11, $12, $13, $14, $15 FROM hosts WHERE name = $1 "
+    "ON CONFLICT (host_id, content_hash) DO NOTHING RETURNING id), "
+    "p AS (INSERT INTO components (collection_id, position, group_key, name, component_type, component_id, "
+    "component_instance, fqdd, vendor_id, device_id, sub_vendor_id, sub_device_id, version) "
+    "SELECT c.id, r.* FROM c, unnest($16::integer[], $17::text[], $18::text[], $19::text[], $20::text[], "
+    "$21::text[], $22::text[], $23::text[], $24::text[], $25::text[], $26::text[], $27::text[]) AS r), "
+    "f AS (INSERT INTO module_failures (collection_id, position, module, message) "
+    "SELECT c.id, r.* FROM c, unnest($28::integer[], $29::text[], $30::text[]) AS r) "
+    "SELECT id FROM c";
 
 std::string Value(const PgResult& result, int row, int column) {
     return std::string(PQgetvalue(result.get(), row, column),
@@ -73,8 +82,12 @@ bool PostgresStore::Open(const std::string& conninfo, std::unique_ptr<FleetStore
     }
     std::string name = std::string("PostgreSQL database ") + PQdb(connection.get());
     std::unique_ptr<PostgresStore> opened(new PostgresStore(std::move(connection), name));
+    // A load lost to a server crash is redone by loading again, which adds
+    // only what is missing; not waiting for each commit's flush keeps a load
+    // of thousands of files from waiting on the disk thousands of times.
     if (!opened->Run("SET client_min_messages = warning", PGRES_COMMAND_OK, error) ||
-        !opened->UpgradeSchema(error)) {
+        !opened->Run("SET synchronous_commit = off", PGRES_COMMAND_OK, error) ||
+        !opened->UpgradeSchema(error) || !opened->Prepare(error)) {
         return false;
     }
     store = std::move(opened);
@@ -103,22 +116,18 @@ bool PostgresStore::RunParams(const char* sql, const std::vector<std::string>& p
     return true;
 }
 
-bool PostgresStore::Copy(const char* sql, const std::string& rows, std::string& error) {
-    if (!Run(sql, PGRES_COPY_IN, error)) return false;
-    bool sent = PQputCopyData(connection_.get(), rows.data(), static_cast<int>(rows.size())) == 1;
-    std::string why = sent ? "" : Trimmed(PQerrorMessage(connection_.get()));
-    if (PQputCopyEnd(connection_.get(), sent ? nullptr : "sorvik-audit: sending rows failed") != 1 && sent) {
-        why = Trimmed(PQerrorMessage(connection_.get()));
-        sent = false;
+bool PostgresStore::Prepare(std::string& error) {
+    const std::pair<const char*, const char*> statements[] = {
+        {kAddHost, "INSERT INTO hosts (name) VALUES ($1) ON CONFLICT (name) DO NOTHING"},
+        {kAddCollection, kInsertCollection}};
+    for (const auto& statement : statements) {
+        PgResult result(PQprepare(connection_.get(), statement.first, statement.second, 0, nullptr));
+        if (!result || PQresultStatus(result.get()) != PGRES_COMMAND_OK) {
+            error = name_ + ": " + Trimmed(PQerrorMessage(connection_.get()));
+            return false;
+        }
     }
-    // The COPY's own result, then the null that ends it.
-    PgResult result(PQgetResult(connection_.get()));
-    bool ok = sent && result && PQresultStatus(result.get()) == PGRES_COMMAND_OK;
-    if (!ok && why.empty()) why = Trimmed(PQerrorMessage(connection_.get()));
-    while (PgResult(PQgetResult(connection_.get()))) {
-    }
-    if (!ok) error = name_ + ": " + why;
-    return ok;
+    return true;
 }
 
 bool PostgresStore::Rollback(const std::string& why, std::string& error) {
@@ -160,87 +169,122 @@ bool PostgresStore::UpgradeSchema(std::string& error) {
     return Run("COMMIT", PGRES_COMMAND_OK, error);
 }
 
-bool PostgresStore::AddCollection(const CollectionRecord& record, bool& added, std::string& error) {
+void PostgresStore::AddCollections(const std::vector<CollectionRecord>& records,
+                                   std::vector<AddResult>& results) {
+    results.assign(records.size(), AddResult());
+    if (records.empty()) return;
+    if (PQenterPipelineMode(connection_.get()) != 1) {
+        for (AddResult& result : results) {
+            result.error = name_ + ": PQenterPipelineMode: " + Trimmed(PQerrorMessage(connection_.get()));
+        }
+        return;
+    }
+    // Everything is sent before anything is read: the server works through
+    // the records while they travel. Each record's sync ends its implicit
+    // transaction, so a record is stored whole or not at all, and a failed
+    // one leaves the next untouched.
+    std::size_t sent = 0;
+    while (sent < records.size() && SendRecord(records[sent])) ++sent;
+    std::string sendError = sent < records.size() ? Trimmed(PQerrorMessage(connection_.get())) : "";
+    if (sent > 0 && PQflush(connection_.get()) != 0) sendError = Trimmed(PQerrorMessage(connection_.get()));
+    for (std::size_t i = 0; i < sent; ++i) {
+        std::string why;
+        if (!ReadRecord(results[i].added, why)) results[i].error = name_ + ": " + why;
+    }
+    for (std::size_t i = sent; i < records.size(); ++i) results[i].error = name_ + ": " + sendError;
+    if (PQexitPipelineMode(connection_.get()) != 1) {
+        // Unread results are left only when the connection broke; say so on
+        // any record that seemed stored.
+        std::string why = name_ + ": PQexitPipelineMode: " + Trimmed(PQerrorMessage(connection_.get()));
+        for (AddResult& result : results) {
+            if (result.error.empty()) result.error = why;
+            result.added = false;
+        }
+    }
+}
+
+bool PostgresStore::SendRecord(const CollectionRecord& record) {
+    const Inventory& inventory = record.inventory;
+    const OperatingSystem& os = inventory.os;
+    std::vector<std::string> params = {record.host,
+                                       std::to_string(record.collectedAt),
+                                       record.collectorVersion,
+                                       record.contentHash,
+                                       record.source,
+                                       inventory.systemID,
+                                       os.name,
+                                       os.osVendor,
+                                       os.osCode,
+                                       os.osArch,
+                                       os.majorVersion,
+                                       os.minorVersion,
+                                       os.spMajorVersion,
+                                       os.spMinorVersion,
+                                       os.buildNumber};
+    std::vector<std::string> columns(12, "{");
+    std::size_t position = 0;
+    for (const Component& c : inventory.components) {
+        const std::string* fields[] = {&c.name,        &c.componentType, &c.componentID, &c.componentInstance,
+                                       &c.fqdd,        &c.vendorID,      &c.deviceID,    &c.subVendorID,
+                                       &c.subDeviceID, &c.version};
+        std::string group = ComponentGroup(inventory.systemID, c);
+        AppendArrayElement(columns[0], std::to_string(position++));
+        AppendArrayElement(columns[1], group);
+        for (std::size_t i = 0; i < 10; ++i) AppendArrayElement(columns[i + 2], *fields[i]);
+    }
+    std::vector<std::string> failures(3, "{");
+    position = 0;
+    for (const ModuleFailure& failure : record.failures) {
+        AppendArrayElement(failures[0], std::to_string(position++));
+        AppendArrayElement(failures[1], failure.module);
+        AppendArrayElement(failures[2], failure.message);
+    }
+    for (std::string& column : columns) params.push_back(column + "}");
+    for (std::string& column : failures) params.push_back(column + "}");
+
+    // The collection's statement is a statement of its own, so its snapshot
+    // holds a host another load committed while the host's insert waited for it.
+    return Send(kAddHost, {record.host}) && Send(kAddCollection, params) &&
+           PQpipelineSync(connection_.get()) == 1;
+}
+
+bool PostgresStore::ReadRecord(bool& added, std::string& error) {
     added = false;
-    // A load lost to a server crash is redone by loading again, which adds
-    // only what is missing; not waiting for each commit's flush keeps a load
-    // of thousands of files from waiting on the disk thousands of times.
-    if (!Run("BEGIN", PGRES_COMMAND_OK, error)) return false;
-    std::string why;
-    if (!Run("SET LOCAL synchronous_commit = off", PGRES_COMMAND_OK, why) ||
-        !InsertRows(record, added, why)) {
-        added = false;
-        return Rollback(why, error);
+    PgResult inserted;
+    for (ExecStatusType expected : {PGRES_COMMAND_OK, PGRES_TUPLES_OK}) {
+        // Each statement's result, then the null that ends it.
+        PgResult result(PQgetResult(connection_.get()));
+        if ((!result || PQresultStatus(result.get()) != expected) && error.empty()) {
+            error = result && PQresultStatus(result.get()) != PGRES_PIPELINE_ABORTED
+                        ? Trimmed(PQresultErrorMessage(result.get()))
+                        : Trimmed(PQerrorMessage(connection_.get()));
+            if (error.empty()) error = "not stored";
+        }
+        if (!result) return false;  // the connection is gone
+        while (PgResult(PQgetResult(connection_.get()))) {
+        }
+        if (expected == PGRES_TUPLES_OK) inserted = std::move(result);
     }
-    if (!Run("COMMIT", PGRES_COMMAND_OK, error)) {
-        added = false;
-        return false;
+    PgResult sync(PQgetResult(connection_.get()));
+    if ((!sync || PQresultStatus(sync.get()) != PGRES_PIPELINE_SYNC) && error.empty()) {
+        error = Trimmed(PQerrorMessage(connection_.get()));
+        if (error.empty()) error = "no end of the record's transaction";
     }
+    if (!error.empty()) return false;
+    // No row: the host holds this document already.
+    added = PQntuples(inserted.get()) == 1;
     return true;
 }
 
-bool PostgresStore::InsertRows(const CollectionRecord& record, bool& added, std::string& error) {
-    if (!RunParams("INSERT INTO hosts (name) VALUES ($1) ON CONFLICT (name) DO NOTHING", {record.host},
-                   PGRES_COMMAND_OK, error)) {
-        return false;
+bool PostgresStore::Send(const char* statement, const std::vector<std::string>& params) {
+    std::vector<const char*> values;
+    std::vector<int> lengths;
+    for (const std::string& param : params) {
+        values.push_back(param.c_str());
+        lengths.push_back(static_cast<int>(param.size()));
     }
-    // A statement of its own, so its snapshot holds a host another load
-    // committed while the insert above waited for it.
-    const Inventory& inventory = record.inventory;
-    const OperatingSystem& os = inventory.os;
-    PgResult inserted;
-    if (!RunParams(
-            "INSERT INTO collections (host_id, collected_at, collector_version, content_hash, source, "
-            "system_id, os_name, os_vendor, os_code, os_arch, os_major, os_minor, os_sp_major, "
-            "os_sp_minor, os_build) SELECT id, $2, $3, $4, $5, $6, $7, $8, $9, $10, $11, $12, $13, $14, $15 "
-            "FROM hosts WHERE name = $1 ON CONFLICT (host_id, content_hash) DO NOTHING RETURNING id",
-            {record.host, std::to_string(record.collectedAt), record.collectorVersion, record.contentHash,
-             record.source, inventory.systemID, os.name, os.osVendor, os.osCode, os.osArch, os.majorVersion,
-             os.minorVersion, os.spMajorVersion, os.spMinorVersion, os.buildNumber},
-            PGRES_TUPLES_OK, error, &inserted)) {
-        return false;
-    }
-    if (PQntuples(inserted.get()) == 0) return true;  // the host holds this document already
-    std::string collection = Value(inserted, 0, 0);
-
-    std::string rows;
-    std::size_t position = 0;
-    for (const Component& c : inventory.components) {
-        rows += collection;
-        rows += '\t';
-        rows += std::to_string(position++);
-        rows += '\t';
-        AppendCopyField(rows, ComponentGroup(inventory.systemID, c));
-        for (const std::string* text :
-             {&c.name, &c.componentType, &c.componentID, &c.componentInstance, &c.fqdd, &c.vendorID,
-              &c.deviceID, &c.subVendorID, &c.subDeviceID, &c.version}) {
-            rows += '\t';
-            AppendCopyField(rows, *text);
-        }
-        rows += '\n';
-    }
-    if (!rows.empty() &&
-        !Copy("COPY components (collection_id, position, group_key, name, component_type, component_id, "
-              "component_instance, fqdd, vendor_id, device_id, sub_vendor_id, sub_device_id, version) FROM "
-              "STDIN",
-              rows, error)) {
-        return false;
-    }
-    rows.clear();
-    position = 0;
-    for (const ModuleFailure& failure : record.failures) {
-        rows += collection + '\t' + std::to_string(position++) + '\t';
-        AppendCopyField(rows, failure.module);
-        rows += '\t';
-        AppendCopyField(rows, failure.message);
-        rows += '\n';
-    }
-    if (!rows.empty() &&
-        !Copy("COPY module_failures (collection_id, position, module, message) FROM STDIN", rows, error)) {
-        return false;
-    }
-    added = true;
-    return true;
+    return PQsendQueryPrepared(connection_.get(), statement, static_cast<int>(params.size()), values.data(),
+                               lengths.data(), nullptr, 0) == 1;
 }
 
 bool PostgresStore::Drift(double maxSharePercent, std::vector<VersionCount>& versions,

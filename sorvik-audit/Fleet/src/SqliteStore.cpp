@@ -150,7 +150,17 @@ bool SqliteStore::PrepareLoad(std::string& error) {
     return ok;
 }
 
-bool SqliteStore::AddCollection(const CollectionRecord& record, bool& added, std::string& error) {
+void SqliteStore::AddCollections(const std::vector<CollectionRecord>& records,
+                                 std::vector<AddResult>& results) {
+    results.assign(records.size(), AddResult());
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        if (!AddOne(records[i], results[i].added, results[i].error) && results[i].error.empty()) {
+            results[i].error = path_ + ": not stored";
+        }
+    }
+}
+
+bool SqliteStore::AddOne(const CollectionRecord& record, bool& added, std::string& error) {
     added = false;
     if (!Exec("BEGIN IMMEDIATE", error)) return false;
     std::string why;

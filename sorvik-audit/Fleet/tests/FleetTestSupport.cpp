@@ -1,6 +1,5 @@
 #include "FleetTestSupport.h"
 
-#include <ftw.h>
 #include <libpq-fe.h>
 #include <sqlite3.h>
 #include <unistd.h>
@@ -17,21 +16,6 @@
 namespace audit {
 namespace fleet {
 namespace testing {
-
-std::string MakeTempDir(const std::string& prefix) {
-    const char* base = std::getenv("TMPDIR");
-    std::string pattern = std::string(base && *base ? base : "/tmp") + "/" + prefix + ".XXXXXX";
-    std::vector<char> buffer(pattern.begin(), pattern.end());
-    buffer.push_back('\0');
-    return mkdtemp(buffer.data()) ? std::string(buffer.data()) : std::string();
-}
-
-void RemoveTree(const std::string& path) {
-    nftw(
-        path.c_str(),
-        [](const char* name, const struct stat*, int, struct FTW*) { return std::remove(name); }, 16,
-        FTW_DEPTH | FTW_PHYS);
-}
 
 void WriteFile(const std::string& path, const std::string& text) {
     std::ofstream out(path, std::ios::binary);

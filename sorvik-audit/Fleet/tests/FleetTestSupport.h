@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "TempDir.h"
 #include "audit/Inventory.h"
 #include "audit/fleet/FleetLoader.h"
 #include "audit/fleet/FleetStore.h"
@@ -16,9 +17,6 @@ namespace audit {
 namespace fleet {
 namespace testing {
 
-// A new directory under $TMPDIR or /tmp; empty on failure.
-std::string MakeTempDir(const std::string& prefix);
-void RemoveTree(const std::string& path);
 void WriteFile(const std::string& path, const std::string& text);
 
 // A document of the test format: "system S", optional "time T", then one

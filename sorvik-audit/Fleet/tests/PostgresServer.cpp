@@ -20,7 +20,7 @@
 #include <thread>
 #include <vector>
 
-#include "FleetTestSupport.h"
+#include "TempDir.h"
 #include "audit/fleet/PgHandle.h"
 
 namespace audit {

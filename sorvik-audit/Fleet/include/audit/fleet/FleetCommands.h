@@ -14,6 +14,10 @@ namespace fleet {
 // Adds "load" and "drift" to app; the command that runs sets status.
 void AddFleetCommands(CLI::App& app, int& status);
 
+// Adds "--db URL" to the check command: with it, check reads the store
+// instead of INVENTORY arguments, which it then refuses.
+void AddFleetCheckOption(CLI::App& check, std::string& url);
+
 // "load": files and directories into the store. Progress goes to err when
 // terminal is true; each file not loaded is reported on err by name.
 int RunLoad(const std::string& url, const std::string& host, const std::vector<std::string>& arguments,
@@ -24,7 +28,7 @@ int RunDrift(const std::string& url, const std::string& format, double maxShareP
              std::ostream& err);
 
 // "check --db": the baseline over every host's latest collection, as "table"
-// or "json".
+// or "json" ("prometheus" is for one inventory and refused).
 int RunFleetCheck(const std::string& url, const std::string& baselinePath, const std::string& format,
                   std::ostream& out, std::ostream& err);
 

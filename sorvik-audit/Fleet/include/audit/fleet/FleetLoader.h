@@ -56,10 +56,18 @@ public:
     bool LoadFile(const std::string& path, const std::string& host, bool& added, std::string& error);
 
     // Loads each file, going on past failures, calling progress after each.
+    // Files are stored in batches, each file in its own transaction.
     LoadSummary Load(const std::vector<std::string>& files, const std::string& host,
                      const LoadProgress& progress = nullptr);
 
 private:
+    // How many files go to the store at once: enough to keep a remote server
+    // busy, few enough to hold in memory.
+    static constexpr std::size_t kBatch = 64;
+
+    // Reads and parses a file into the record to store.
+    bool Prepare(const std::string& path, const std::string& host, CollectionRecord& record,
+                 std::string& error) const;
     bool Read(const std::string& path, std::string& bytes, std::time_t& modified, std::string& error) const;
 
     FleetStore& store_;

@@ -49,15 +49,26 @@ struct OutlierHost {
     std::string host;
 };
 
+struct AddResult {
+    bool added = false;
+    std::string error;  // empty when stored or already there
+};
+
 class FleetStore {
 public:
     virtual ~FleetStore() = default;
 
-    // Stores one collection in one transaction: the host is created when it
-    // is new. added is false when the host already holds a collection with the
-    // same content hash; then nothing is written. Safe against another
-    // process loading the same host or document at the same time.
-    virtual bool AddCollection(const CollectionRecord& record, bool& added, std::string& error) = 0;
+    // Stores each record in a transaction of its own, results[i] telling of
+    // records[i]: added is false when the host already holds a collection
+    // with the same content hash (then nothing is written), error is set when
+    // the record could not be stored (then nothing of it is). The hosts are
+    // created when new. Safe against another process loading the same hosts
+    // or documents at the same time.
+    virtual void AddCollections(const std::vector<CollectionRecord>& records,
+                                std::vector<AddResult>& results) = 0;
+
+    // One record, as AddCollections stores it.
+    bool AddCollection(const CollectionRecord& record, bool& added, std::string& error);
 
     // Over each host's latest collection (latest collection time, then latest
     // loaded): every group with more than one version, each version with its

@@ -18,7 +18,10 @@ public:
     // an empty database do not both create it.
     static bool Open(const std::string& conninfo, std::unique_ptr<FleetStore>& store, std::string& error);
 
-    bool AddCollection(const CollectionRecord& record, bool& added, std::string& error) override;
+    // All records go in one pipeline, each in its own implicit transaction:
+    // one round trip for the lot.
+    void AddCollections(const std::vector<CollectionRecord>& records,
+                        std::vector<AddResult>& results) override;
     bool Drift(double maxSharePercent, std::vector<VersionCount>& versions,
                std::vector<OutlierHost>& outliers, std::string& error) override;
     bool LatestCollections(std::vector<CollectionRecord>& collections, std::string& error) override;
@@ -30,9 +33,15 @@ private:
     bool Run(const char* sql, ExecStatusType expected, std::string& error, PgResult* result = nullptr);
     bool RunParams(const char* sql, const std::vector<std::string>& params, ExecStatusType expected,
                    std::string& error, PgResult* result = nullptr);
-    bool Copy(const char* sql, const std::string& rows, std::string& error);
+    // Prepares the statements of a load on this connection.
+    bool Prepare(std::string& error);
+    // Queues a prepared statement in the pipeline.
+    bool Send(const char* statement, const std::vector<std::string>& params);
+    // Queues one record's two statements and their sync.
+    bool SendRecord(const CollectionRecord& record);
+    // Reads one record's results; false with error when it was not stored.
+    bool ReadRecord(bool& added, std::string& error);
     bool UpgradeSchema(std::string& error);
-    bool InsertRows(const CollectionRecord& record, bool& added, std::string& error);
     bool Rollback(const std::string& why, std::string& error);
 
     PgConnection connection_;

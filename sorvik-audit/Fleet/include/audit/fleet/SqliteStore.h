@@ -16,7 +16,8 @@ public:
     // transaction instead of failing.
     static bool Open(const std::string& path, std::unique_ptr<FleetStore>& store, std::string& error);
 
-    bool AddCollection(const CollectionRecord& record, bool& added, std::string& error) override;
+    void AddCollections(const std::vector<CollectionRecord>& records,
+                        std::vector<AddResult>& results) override;
     bool Drift(double maxSharePercent, std::vector<VersionCount>& versions,
                std::vector<OutlierHost>& outliers, std::string& error) override;
     bool LatestCollections(std::vector<CollectionRecord>& collections, std::string& error) override;
@@ -27,6 +28,7 @@ private:
     bool Exec(const char* sql, std::string& error);
     bool UpgradeSchema(std::string& error);
     bool PrepareLoad(std::string& error);
+    bool AddOne(const CollectionRecord& record, bool& added, std::string& error);
     bool InsertRows(const CollectionRecord& record, bool& added, std::string& error);
     bool Fail(const std::string& what, std::string& error) const;
 
