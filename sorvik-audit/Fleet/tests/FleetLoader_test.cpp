@@ -80,34 +80,45 @@ TEST_P(FleetLoaderTest, LoadingTheSameFilesAgainAddsNoRows) {
 }
 
 TEST_P(FleetLoaderTest, TwoProcessesLoadingOverlappingSetsStoreEachCollectionOnce) {
-    std::vector<std::string> files = WriteFleet(60);
-    std::vector<std::string> first(files.begin(), files.begin() + 40);
-    std::vector<std::string> second(files.rbegin(), files.rbegin() + 40);  // the other end, backwards
+    std::vector<std::string> files = WriteFleet(200);
+    // The same order from the same moment, so the two meet on most hosts;
+    // the second leaves out every fifth file.
+    std::vector<std::string> second;
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        if (i % 5 != 4) second.push_back(files[i]);
+    }
+    int gate[2];
+    ASSERT_EQ(pipe(gate), 0);
     std::vector<pid_t> children;
-    for (const auto* set : {&first, &second}) {
+    for (const auto* set : {&files, &second}) {
         pid_t pid = fork();
         ASSERT_GE(pid, 0);
         if (pid == 0) {
             // A process of its own with its own connection; _exit skips
             // the parent's destructors.
+            close(gate[1]);
             std::unique_ptr<FleetStore> store;
             std::string error;
             if (!OpenFleetStore(url_, store, error)) _exit(3);
+            char go;
+            if (read(gate[0], &go, 1) != 0) _exit(4);
             FleetLoader loader(*store, testing::TestReaders());
             LoadSummary summary = loader.Load(*set, "");
             _exit(summary.failures.empty() ? 0 : 1);
         }
         children.push_back(pid);
     }
+    close(gate[0]);
+    close(gate[1]);  // both start when their stores are open
     for (pid_t child : children) {
         int status = 0;
         ASSERT_EQ(waitpid(child, &status, 0), child);
         EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
     }
     StoreCounts counts = Counts();
-    EXPECT_EQ(counts.hosts, 60);
-    EXPECT_EQ(counts.collections, 60);
-    EXPECT_EQ(counts.components, 120);
+    EXPECT_EQ(counts.hosts, 200);
+    EXPECT_EQ(counts.collections, 200);
+    EXPECT_EQ(counts.components, 400);
 }
 
 TEST_P(FleetLoaderTest, StoresTheModuleFailuresOfTheErrorDocumentBeside) {
