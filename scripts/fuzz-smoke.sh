@@ -7,10 +7,10 @@ cd "$(dirname "$0")/.."
 seconds=${1:-30}
 cmake -S . -B build-fuzz -G Ninja -DSORVIK_FUZZ=ON -DSORVIK_BUILD_TESTS=OFF \
     -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
-cmake --build build-fuzz --target fuzz_module_xml fuzz_config fuzz_command_line
+cmake --build build-fuzz --target fuzz_module_xml fuzz_config fuzz_command_line fuzz_baseline fuzz_version_compare fuzz_audit_document
 export ASAN_OPTIONS="detect_leaks=1:abort_on_error=1"
 export UBSAN_OPTIONS="print_stacktrace=1:halt_on_error=1"
-for target in module_xml config command_line; do
+for target in module_xml config command_line baseline version_compare audit_document; do
     # New inputs go to a scratch directory; the checked-in seeds stay as they are.
     scratch=$(mktemp -d /tmp/sorvik-fuzz-$target.XXXXXX)
     echo "== fuzz_$target for ${seconds}s"

@@ -24,7 +24,7 @@ const char* Colour(Verdict verdict) {
     return "";
 }
 
-std::string HostName(const Inventory& inventory) {
+const std::string& HostName(const Inventory& inventory) {
     return inventory.systemID.empty() ? inventory.source : inventory.systemID;
 }
 

@@ -96,6 +96,8 @@ int RunCheck(const CheckOptions& options, const Console& console) {
         // The error document's failures belong to the run; the report lists them with it.
         for (const ModuleFailure& failure : errors.failures) inventory.failures.push_back(failure);
         hosts.push_back({&inventory, CheckInventory(baseline, inventory, nullptr, options.all)});
+        // The verdicts carry their components; the reports need the host's fields only.
+        std::vector<Component>().swap(inventory.components);
     }
     std::string text;
     if (options.format == "json")

@@ -35,9 +35,11 @@ std::string DiffTable(const std::vector<ComponentChange>& changes, bool colour) 
     for (const ComponentChange& change : changes) {
         const bool hasBefore = change.change != Change::Added;
         const bool hasAfter = change.change == Change::Added || change.change == Change::Changed;
-        table.Add({ChangeName(change.change), change.key, hasBefore ? change.before.version : "",
-                   hasAfter ? change.after.version : (change.change == Change::Unknown ? change.reason : "")},
-                  Colour(change.change));
+        const std::string_view from =
+            hasBefore ? std::string_view(change.before.version) : std::string_view();
+        const std::string_view to = hasAfter ? std::string_view(change.after.version)
+                                             : std::string_view(change.reason);  // why it is unknown
+        table.Add({ChangeName(change.change), change.key, from, to}, Colour(change.change));
         ++counts[change.change];
     }
     if (changes.empty()) return "no change\n";

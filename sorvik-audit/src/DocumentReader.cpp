@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <libxml/parser.h>
 #include <libxml/xmlerror.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -34,6 +35,18 @@ size_t SecondDocument(const std::string& bytes) {
     const size_t at = bytes.find("<?xml", StartsWith(bytes, 0, kUtf8Bom, 3) ? 4 : 1);
     if (at == std::string::npos) return at;
     return at >= 3 && StartsWith(bytes, at - 3, kUtf8Bom, 3) ? at - 3 : at;
+}
+
+// About as many Device elements as the document has, so the component list
+// is allocated once: large inventories would otherwise hold it twice while it
+// grows.
+size_t DeviceCount(const std::string& bytes) {
+    static const char kDevice16[] = "<\0D\0e\0v\0i\0c\0e\0";
+    const std::string needle = StartsWith(bytes, 0, kUtf16Bom, 2) ? std::string(kDevice16, 14) : "<Device";
+    size_t count = 0;
+    for (size_t at = bytes.find(needle); at != std::string::npos; at = bytes.find(needle, at + needle.size()))
+        ++count;
+    return count;
 }
 
 // Line ends before offset, counted in the document's own encoding.
@@ -367,6 +380,9 @@ bool ReadWholeFile(const std::string& path, std::string& bytes, std::string& err
         return false;
     }
     bytes.clear();
+    struct stat info;
+    if (fstat(fd, &info) == 0 && S_ISREG(info.st_mode) && info.st_size > 0)
+        bytes.reserve(static_cast<size_t>(info.st_size));
     char buffer[65536];
     bool ok = true;
     for (;;) {
@@ -404,6 +420,7 @@ bool ParseInventory(const std::string& bytes, const std::string& name, Inventory
             break;
     }
     const size_t second = SecondDocument(bytes);
+    inventory.components.reserve(DeviceCount(bytes));
     InventoryHandler handler(inventory);
     if (!ParseXml(bytes.data(), second == std::string::npos ? bytes.size() : second, name, 0, handler, error))
         return false;

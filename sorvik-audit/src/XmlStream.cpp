@@ -111,24 +111,27 @@ private:
     void* m_context;
 };
 
-// Little-endian UTF-16 (the byte-order mark already skipped) as UTF-8. The
-// push parser in libxml2 2.9 loses a UTF-16 encoding found in its first
-// chunk, so the reader converts such documents itself. False on a broken
-// surrogate pair or an odd length.
-bool Utf16ToUtf8(const char* data, size_t size, std::string& out) {
-    if (size % 2 != 0) return false;
-    out.reserve(size / 2 + size / 8);
+// Little-endian UTF-16 as UTF-8, appended to out: whole code units from
+// data, a high surrogate at the end left for the next piece. Returns the bytes
+// used, or npos for a broken surrogate pair. The push parser in libxml2 2.9
+// loses a UTF-16 encoding found in its first chunk, so the reader converts
+// such documents itself, a chunk at a time.
+size_t Utf16ToUtf8(const char* data, size_t size, bool last, std::string& out) {
     const auto* bytes = reinterpret_cast<const unsigned char*>(data);
-    for (size_t i = 0; i < size; i += 2) {
+    size_t i = 0;
+    for (; i + 1 < size; i += 2) {
         unsigned code = bytes[i] | (bytes[i + 1] << 8);
         if (code >= 0xD800 && code <= 0xDBFF) {
-            if (i + 3 >= size) return false;
+            if (i + 3 >= size) {
+                if (last) return std::string::npos;
+                break;
+            }
             const unsigned low = bytes[i + 2] | (bytes[i + 3] << 8);
-            if (low < 0xDC00 || low > 0xDFFF) return false;
+            if (low < 0xDC00 || low > 0xDFFF) return std::string::npos;
             code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
             i += 2;
         } else if (code >= 0xDC00 && code <= 0xDFFF) {
-            return false;
+            return std::string::npos;
         }
         if (code < 0x80) {
             out += static_cast<char>(code);
@@ -146,7 +149,8 @@ bool Utf16ToUtf8(const char* data, size_t size, std::string& out) {
             out += static_cast<char>(0x80 | (code & 0x3F));
         }
     }
-    return true;
+    if (last && i < size) return std::string::npos;  // an odd byte at the end
+    return i;
 }
 
 struct ContextDeleter {
@@ -160,18 +164,10 @@ struct ContextDeleter {
 
 bool ParseXml(const char* data, size_t size, const std::string& name, int firstLine, XmlHandler& handler,
               std::string& error) {
-    std::string converted;
     int options = XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NOCDATA;
-    if (size >= 2 && static_cast<unsigned char>(data[0]) == 0xFF &&
-        static_cast<unsigned char>(data[1]) == 0xFE) {
-        if (!Utf16ToUtf8(data + 2, size - 2, converted)) {
-            error = name + ": broken UTF-16";
-            return false;
-        }
-        data = converted.data();
-        size = converted.size();
-        options |= XML_PARSE_IGNORE_ENC;  // the declaration still says UTF-16
-    }
+    const bool utf16 = size >= 2 && static_cast<unsigned char>(data[0]) == 0xFF &&
+                       static_cast<unsigned char>(data[1]) == 0xFE;
+    if (utf16) options |= XML_PARSE_IGNORE_ENC;  // the declaration still says UTF-16
     xmlSAXHandler sax;
     std::memset(&sax, 0, sizeof sax);
     sax.initialized = XML_SAX2_MAGIC;
@@ -194,10 +190,22 @@ bool ParseXml(const char* data, size_t size, const std::string& name, int firstL
     context->_private = &state;
     xmlCtxtUseOptions(context.get(), options);
     constexpr size_t kChunk = 1 << 16;
-    size_t at = 0;
+    size_t at = utf16 ? 2 : 0;
+    std::string converted;
     do {
-        const size_t length = std::min(kChunk, size - at);
-        xmlParseChunk(context.get(), data + at, static_cast<int>(length), at + length == size ? 1 : 0);
+        size_t length = std::min(kChunk, size - at);
+        const bool last = at + length == size;
+        if (utf16) {
+            converted.clear();
+            length = Utf16ToUtf8(data + at, length, last, converted);
+            if (length == std::string::npos) {
+                error = name + ": broken UTF-16 after byte " + std::to_string(at);
+                return false;
+            }
+            xmlParseChunk(context.get(), converted.data(), static_cast<int>(converted.size()), last ? 1 : 0);
+        } else {
+            xmlParseChunk(context.get(), data + at, static_cast<int>(length), last ? 1 : 0);
+        }
         at += length;
     } while (at < size && !state.failed);
     if (!state.failed && (!context->wellFormed || !state.rootSeen)) {

@@ -92,3 +92,21 @@ TEST(BaselineTest, MissingFileNamesItAndTheReason) {
 
 }  // namespace
 }  // namespace audit
+
+namespace audit {
+namespace {
+
+// The example users copy must load, with its exception ahead of the rule it
+// overrides.
+TEST(BaselineTest, ExampleBaselineLoads) {
+    Baseline baseline;
+    std::string error;
+    ASSERT_TRUE(LoadBaseline(SORVIK_DOCS_DIR "/baseline.example.json", baseline, error)) << error;
+    ASSERT_GE(baseline.rules.size(), 2u);
+    EXPECT_EQ("systemID", baseline.rules[0].match[0].field);
+    EXPECT_EQ("=2.9.0", ExpectedText(baseline.rules[0]));
+    EXPECT_EQ(">=2.17.1", ExpectedText(baseline.rules[1]));
+}
+
+}  // namespace
+}  // namespace audit
