@@ -3,7 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include "audit/Commands.h"
-#include "audit/fleet/FleetCommands.h"
+#include "audit/fleet/FleetCommandLine.h"
 
 int main(int argc, char** argv) {
     CLI::App app{"Checks sorvik inventories against a baseline and compares two runs.", "sorvik-audit"};
@@ -12,20 +12,14 @@ int main(int argc, char** argv) {
     audit::DiffOptions diff;
     CLI::App* checkCommand = audit::AddCheckCommand(app, check);
     CLI::App* diffCommand = audit::AddDiffCommand(app, diff);
-    std::string fleetDb;
-    int fleetStatus = -1;  // set by a fleet command's run
-    audit::fleet::AddFleetCheckOption(*checkCommand, fleetDb);
-    audit::fleet::AddFleetCommands(app, fleetStatus);
+    const audit::fleet::FleetCommandLine fleet(app, *checkCommand);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return audit::UsageExit(app, error);
     }
-    if (fleetStatus >= 0) return fleetStatus;
     const audit::Console console;
-    if (*checkCommand && !fleetDb.empty()) {
-        return audit::fleet::RunFleetCheck(fleetDb, check.baseline, check.format, *console.out, *console.err);
-    }
+    if (fleet.Selected()) return fleet.Run(check, *console.out, *console.err);
     if (*checkCommand) return audit::RunCheck(check, console);
     if (*diffCommand) return audit::RunDiff(diff, console);
     return audit::kExitTrouble;

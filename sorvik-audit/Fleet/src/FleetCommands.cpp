@@ -1,8 +1,5 @@
 #include "audit/fleet/FleetCommands.h"
 
-#include <unistd.h>
-
-#include <iostream>
 #include <memory>
 
 #include "audit/DocumentReader.h"
@@ -90,56 +87,6 @@ int RunFleetCheck(const std::string& url, const std::string& baselinePath, const
         WriteFleetCheckTable(hosts, out);
     }
     return FleetCompliant(hosts) ? 0 : 1;
-}
-
-void AddFleetCheckOption(CLI::App& check, std::string& url) {
-    CLI::Option* inventories = check.get_option("INVENTORY");
-    inventories->required(false);
-    CLI::Option* db =
-        check.add_option("--db", url, "Check every host's latest collection in this fleet store");
-    db->excludes(inventories);
-    check.parse_complete_callback([inventories, db] {
-        if (inventories->count() == 0 && db->count() == 0) throw CLI::RequiredError("INVENTORY or --db");
-    });
-}
-
-void AddFleetCommands(CLI::App& app, int& status) {
-    struct LoadOptions {
-        std::string url = kDefaultStoreUrl;
-        std::string host;
-        std::vector<std::string> arguments;
-    };
-    auto load = std::make_shared<LoadOptions>();
-    CLI::App* loadCommand = app.add_subcommand("load", "Load inventories into the fleet store");
-    loadCommand->add_option("--db", load->url, "sqlite:PATH or a PostgreSQL URI or conninfo string")
-        ->capture_default_str();
-    loadCommand->add_option("--host", load->host, "The host of every file (default: the file name)");
-    loadCommand->add_option("INVENTORY_OR_DIRECTORY", load->arguments, "Inventory files or directories")
-        ->required();
-    loadCommand->callback([load, &status] {
-        status = RunLoad(load->url, load->host, load->arguments, std::cerr, isatty(2) == 1);
-    });
-
-    struct DriftOptions {
-        std::string url = kDefaultStoreUrl;
-        std::string format = "table";
-        double maxShare = 10;
-    };
-    auto drift = std::make_shared<DriftOptions>();
-    CLI::App* driftCommand = app.add_subcommand("drift", "Versions of like components across the fleet");
-    driftCommand->add_option("--db", drift->url, "sqlite:PATH or a PostgreSQL URI or conninfo string")
-        ->capture_default_str();
-    driftCommand->add_option("--format", drift->format, "table or json")
-        ->check(CLI::IsMember({"table", "json"}))
-        ->capture_default_str();
-    driftCommand
-        ->add_option("--max-share", drift->maxShare,
-                     "Outliers run a version fewer than PCT % of the group run")
-        ->check(CLI::Range(0.0, 100.0))
-        ->capture_default_str();
-    driftCommand->callback([drift, &status] {
-        status = RunDrift(drift->url, drift->format, drift->maxShare, std::cout, std::cerr);
-    });
 }
 
 }  // namespace fleet

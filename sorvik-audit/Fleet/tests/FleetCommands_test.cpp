@@ -9,6 +9,7 @@
 
 #include "FleetTestSupport.h"
 #include "audit/Commands.h"
+#include "audit/fleet/FleetCommandLine.h"
 
 namespace audit {
 namespace fleet {
@@ -78,27 +79,27 @@ TEST(FleetCommandLineTest, AcceptsAndRefusesAsDocumented) {
     struct Row {
         std::vector<std::string> args;
         bool parses;
+        bool fleet;  // a fleet command, when it parses
     };
     const Row rows[] = {
-        {{"check", "--baseline", "b.json", "--db", "sqlite:/tmp/x.db"}, true},
-        {{"check", "--baseline", "b.json", "host.json"}, true},
-        {{"check", "--baseline", "b.json"}, false},
-        {{"check", "--baseline", "b.json", "--db", "sqlite:/tmp/x.db", "host.json"}, false},
-        {{"drift", "--max-share", "2.5", "--format", "json"}, true},
-        {{"drift", "--max-share", "150"}, false},
-        {{"drift", "--format", "prometheus"}, false},
-        {{"load"}, false},
+        {{"check", "--baseline", "b.json", "--db", "sqlite:/tmp/x.db"}, true, true},
+        {{"check", "--baseline", "b.json", "host.json"}, true, false},
+        {{"check", "--baseline", "b.json"}, false, false},
+        {{"check", "--baseline", "b.json", "--db", "sqlite:/tmp/x.db", "host.json"}, false, false},
+        {{"drift", "--max-share", "2.5", "--format", "json"}, true, true},
+        {{"drift", "--max-share", "150"}, false, false},
+        {{"drift", "--format", "prometheus"}, false, false},
+        {{"load", "a.json", "inventory/"}, true, true},
+        {{"load"}, false, false},
+        {{"diff", "a.json", "b.json"}, true, false},
     };
     for (const Row& row : rows) {
         CLI::App app;
         CheckOptions check;
-        CLI::App* command = AddCheckCommand(app, check);
-        std::string db;
-        int status = -1;
-        AddFleetCheckOption(*command, db);
-        AddFleetCommands(app, status);
-        // The fleet commands' runs are not wanted here, only the parse.
-        for (const char* name : {"load", "drift"}) app.get_subcommand(name)->callback([] {});
+        DiffOptions diff;
+        CLI::App* checkCommand = AddCheckCommand(app, check);
+        AddDiffCommand(app, diff);
+        FleetCommandLine fleet(app, *checkCommand);
         std::vector<std::string> args(row.args.rbegin(), row.args.rend());
         bool parsed = true;
         try {
@@ -107,6 +108,9 @@ TEST(FleetCommandLineTest, AcceptsAndRefusesAsDocumented) {
             parsed = false;
         }
         EXPECT_EQ(parsed, row.parses) << ::testing::PrintToString(row.args);
+        if (parsed) {
+            EXPECT_EQ(fleet.Selected(), row.fleet) << ::testing::PrintToString(row.args);
+        }
     }
 }
 

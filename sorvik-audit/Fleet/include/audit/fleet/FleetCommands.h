@@ -1,22 +1,15 @@
 #pragma once
-// The fleet commands of sorvik-audit: load, drift, and check over a store.
+// The fleet commands of sorvik-audit: load, drift, and check over a store;
+// FleetCommandLine puts them on the command line.
 // Exit statuses: 0 done (check: every matched component compliant), 1 some
 // files not loaded (check: some component not compliant), 2 bad usage, a
 // store that cannot be opened, or bad input.
-#include <CLI/CLI.hpp>
 #include <ostream>
 #include <string>
 #include <vector>
 
 namespace audit {
 namespace fleet {
-
-// Adds "load" and "drift" to app; the command that runs sets status.
-void AddFleetCommands(CLI::App& app, int& status);
-
-// Adds "--db URL" to the check command: with it, check reads the store
-// instead of INVENTORY arguments, which it then refuses.
-void AddFleetCheckOption(CLI::App& check, std::string& url);
 
 // "load": files and directories into the store. Progress goes to err when
 // terminal is true; each file not loaded is reported on err by name.
