@@ -138,6 +138,39 @@ TEST_P(FleetStoreTest, LatestIsTheNewestCollectionTimeThenTheLastLoaded) {
     EXPECT_EQ(Counts().collections, 4);
 }
 
+// A record the database refuses half-way, among others stored at once: none
+// of its rows stay, not even its new host, and the records after it store.
+TEST_P(FleetStoreTest, ARecordThatFailsHalfWayLeavesNothingAndTheOthersStore) {
+    if (GetParam() == testing::Backend::Sqlite) {
+        testing::ExecSql(url_,
+                         "CREATE TRIGGER poison BEFORE INSERT ON components WHEN NEW.version = 'poison' "
+                         "BEGIN SELECT RAISE(ABORT, 'poisoned component'); END");
+    } else {
+        testing::ExecSql(url_,
+                         "CREATE FUNCTION poison() RETURNS trigger LANGUAGE plpgsql AS $$ BEGIN "
+                         "IF NEW.version = 'poison' THEN RAISE EXCEPTION 'poisoned component'; END IF; "
+                         "RETURN NEW; END $$; CREATE TRIGGER poison BEFORE INSERT ON components "
+                         "FOR EACH ROW EXECUTE FUNCTION poison()");
+    }
+    CollectionRecord poisoned = Record("bad", 100, "bb", "1.0");
+    poisoned.inventory.components.push_back(TestComponent("FRMW", "Disk", "Disk.Bay.1", "", "", "poison"));
+    poisoned.failures = {{"/storageinv", "timed out"}};
+    std::vector<CollectionRecord> records = {Record("h1", 100, "aa", "1.0"), poisoned,
+                                             Record("h2", 100, "cc", "1.0")};
+    std::vector<AddResult> results;
+    store_->AddCollections(records, results);
+    ASSERT_EQ(results.size(), 3u);
+    EXPECT_TRUE(results[0].added);
+    EXPECT_FALSE(results[1].added);
+    EXPECT_THAT(results[1].error, ::testing::HasSubstr("poisoned component"));
+    EXPECT_TRUE(results[2].added) << results[2].error;
+    StoreCounts counts = Counts();
+    EXPECT_EQ(counts.hosts, 2);
+    EXPECT_EQ(counts.collections, 2);
+    EXPECT_EQ(counts.components, 4);
+    EXPECT_EQ(counts.failures, 0);
+}
+
 SORVIK_FLEET_BOTH_DATABASES(FleetStoreTest);
 
 TEST(FleetStoreUrlTest, SqliteUrlNeedsAPath) {
