@@ -98,7 +98,9 @@ bool PostgresServer::Start(std::string& error) {
         error = "no PostgreSQL server binaries under /usr/lib/postgresql (Debian package postgresql-15)";
         return false;
     }
-    dir_ = MakeTempDir("sorvik-pg");
+    // Under /tmp whatever TMPDIR says: "nobody" must reach the directory, and
+    // the socket's path must stay within the 107 bytes a Unix socket takes.
+    dir_ = MakeTempDir("sorvik-pg", "/tmp");
     if (dir_.empty()) {
         error = std::string("mkdtemp: ") + std::strerror(errno);
         return false;

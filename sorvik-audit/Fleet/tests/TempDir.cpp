@@ -11,9 +11,10 @@ namespace audit {
 namespace fleet {
 namespace testing {
 
-std::string MakeTempDir(const std::string& prefix) {
-    const char* base = std::getenv("TMPDIR");
-    std::string pattern = std::string(base && *base ? base : "/tmp") + "/" + prefix + ".XXXXXX";
+std::string MakeTempDir(const std::string& prefix, const std::string& base) {
+    const char* tmpdir = std::getenv("TMPDIR");
+    std::string parent = !base.empty() ? base : tmpdir && *tmpdir ? tmpdir : "/tmp";
+    std::string pattern = parent + "/" + prefix + ".XXXXXX";
     std::vector<char> buffer(pattern.begin(), pattern.end());
     buffer.push_back('\0');
     return mkdtemp(buffer.data()) ? std::string(buffer.data()) : std::string();
