@@ -22,8 +22,8 @@ std::string Device(int i, bool changed) {
                    (bump ? "2.23.17" : "2.22.18") + "\" componentType=\"DRVR\"/>\n  </Device>\n";
         case 1:
             return "  <Device display=\"NVMe SSD\" componentID=\"" + n + "\" FQDD=\"Disk.Bay." + n +
-                   "\">\n    <Application display=\"NVMe SSD 3.84TB\" version=\"" + (bump ? "GDC5602Q" : "GDC5302Q") +
-                   "\" componentType=\"FRMW\"/>\n  </Device>\n";
+                   "\">\n    <Application display=\"NVMe SSD 3.84TB\" version=\"" +
+                   (bump ? "GDC5602Q" : "GDC5302Q") + "\" componentType=\"FRMW\"/>\n  </Device>\n";
         default:
             return "  <Device display=\"BIOS\" componentID=\"159\" FQDD=\"BIOS.System." + n +
                    "\">\n    <Application display=\"System BIOS (03/14/2023)\" version=\"" +
