@@ -2,8 +2,11 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "FleetTestSupport.h"
+#include "PostgresServer.h"
 
 namespace audit {
 namespace fleet {
@@ -136,6 +139,42 @@ TEST_P(FleetStoreTest, LatestIsTheNewestCollectionTimeThenTheLastLoaded) {
     EXPECT_EQ(latest[0].inventory.components[0].version, "2.0");
     EXPECT_EQ(latest[1].contentHash, "second");
     EXPECT_EQ(Counts().collections, 4);
+}
+
+// Programs started together on an empty database: one creates the schema,
+// the others find it, none fails.
+TEST_P(FleetStoreTest, ProgramsOpeningAnEmptyDatabaseAtOnceAllSucceed) {
+    std::string fresh = "sqlite:" + dir_ + "/fresh.db";
+    std::string error;
+    if (GetParam() == testing::Backend::Postgres) {
+        ASSERT_TRUE(testing::PostgresServer::Shared().NewDatabase(fresh, error)) << error;
+    }
+    int gate[2];
+    ASSERT_EQ(pipe(gate), 0);
+    std::vector<pid_t> children;
+    for (int i = 0; i < 4; ++i) {
+        pid_t pid = fork();
+        ASSERT_GE(pid, 0);
+        if (pid == 0) {
+            close(gate[1]);
+            char go;
+            if (read(gate[0], &go, 1) != 0) _exit(4);
+            std::unique_ptr<FleetStore> store;
+            std::string why;
+            _exit(OpenFleetStore(fresh, store, why) ? 0 : 1);
+        }
+        children.push_back(pid);
+    }
+    close(gate[0]);
+    close(gate[1]);
+    for (pid_t child : children) {
+        int status = 0;
+        ASSERT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+    }
+    std::unique_ptr<FleetStore> store;
+    ASSERT_TRUE(OpenFleetStore(fresh, store, error)) << error;
+    EXPECT_TRUE(Add(*store, Record("h1", 100, "aa", "1.0")));
 }
 
 // A record the database refuses half-way, among others stored at once: none
