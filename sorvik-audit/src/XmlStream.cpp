@@ -116,22 +116,22 @@ private:
 // used, or npos for a broken surrogate pair. The push parser in libxml2 2.9
 // loses a UTF-16 encoding found in its first chunk, so the reader converts
 // such documents itself, a chunk at a time.
-size_t Utf16ToUtf8(const char* data, size_t size, bool last, std::string& out) {
+size_t Utf16ToUtf8(const char* data, size_t size, bool last, std::string& out, size_t& bad) {
     const auto* bytes = reinterpret_cast<const unsigned char*>(data);
     size_t i = 0;
     for (; i + 1 < size; i += 2) {
         unsigned code = bytes[i] | (bytes[i + 1] << 8);
         if (code >= 0xD800 && code <= 0xDBFF) {
             if (i + 3 >= size) {
-                if (last) return std::string::npos;
+                if (last) return bad = i, std::string::npos;
                 break;
             }
             const unsigned low = bytes[i + 2] | (bytes[i + 3] << 8);
-            if (low < 0xDC00 || low > 0xDFFF) return std::string::npos;
+            if (low < 0xDC00 || low > 0xDFFF) return bad = i, std::string::npos;
             code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
             i += 2;
         } else if (code >= 0xDC00 && code <= 0xDFFF) {
-            return std::string::npos;
+            return bad = i, std::string::npos;
         }
         if (code < 0x80) {
             out += static_cast<char>(code);
@@ -149,7 +149,7 @@ size_t Utf16ToUtf8(const char* data, size_t size, bool last, std::string& out) {
             out += static_cast<char>(0x80 | (code & 0x3F));
         }
     }
-    if (last && i < size) return std::string::npos;  // an odd byte at the end
+    if (last && i < size) return bad = i, std::string::npos;  // an odd byte at the end
     return i;
 }
 
@@ -197,9 +197,10 @@ bool ParseXml(const char* data, size_t size, const std::string& name, int firstL
         const bool last = at + length == size;
         if (utf16) {
             converted.clear();
-            length = Utf16ToUtf8(data + at, length, last, converted);
+            size_t bad = 0;
+            length = Utf16ToUtf8(data + at, length, last, converted, bad);
             if (length == std::string::npos) {
-                error = name + ": broken UTF-16 after byte " + std::to_string(at);
+                error = name + ": broken UTF-16 at byte " + std::to_string(at + bad);
                 return false;
             }
             xmlParseChunk(context.get(), converted.data(), static_cast<int>(converted.size()), last ? 1 : 0);

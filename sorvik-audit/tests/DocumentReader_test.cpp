@@ -131,6 +131,10 @@ TEST(DocumentReaderTest, BadDocumentsNameTheFileAndPlace) {
          "<!DOCTYPE SVMInventory [<!ENTITY x SYSTEM \"file:///etc/passwd\">]>\n<SVMInventory><System "
          "systemID=\"&x;\"/></SVMInventory>",
          "inv:2:36: Entity 'x' not defined"},
+        {"odd byte after UTF-16", Utf16(kXml) + "x",
+         "inv: broken UTF-16 at byte " + std::to_string(Utf16(kXml).size())},
+        {"lone surrogate in UTF-16", Utf16("<SVMInventory>") + std::string("\x00\xDC", 2),
+         "inv: broken UTF-16 at byte 30"},
         {"truncated JSON", kJson.substr(0, 80), "inv:1:65: not valid JSON here"},
         {"foreign JSON", "{\"hosts\": []}",
          "inv: $: not an inventory (no UpdatableComponentsInventory object)"},
