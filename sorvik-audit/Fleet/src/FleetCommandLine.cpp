@@ -30,6 +30,8 @@ FleetCommandLine::FleetCommandLine(CLI::App& app, CLI::App& check)
     checkDb_ =
         check.add_option("--db", checkUrl_, "Check every host's latest collection in this fleet store");
     checkDb_->excludes(inventories);
+    // What applies to inventories given one by one means nothing over a store.
+    for (const char* name : {"--errors", "--output", "--all"}) checkDb_->excludes(check.get_option(name));
     CLI::Option* db = checkDb_;
     check.parse_complete_callback([inventories, db] {
         if (inventories->count() == 0 && db->count() == 0) throw CLI::RequiredError("INVENTORY or --db");

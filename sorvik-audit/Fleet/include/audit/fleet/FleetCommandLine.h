@@ -15,7 +15,7 @@ namespace fleet {
 class FleetCommandLine {
 public:
     // Adds load and drift to app and --db to check, which then takes either
-    // INVENTORY arguments or --db.
+    // INVENTORY arguments or --db; --db refuses --errors, --output and --all.
     FleetCommandLine(CLI::App& app, CLI::App& check);
     FleetCommandLine(const FleetCommandLine&) = delete;
     FleetCommandLine& operator=(const FleetCommandLine&) = delete;
