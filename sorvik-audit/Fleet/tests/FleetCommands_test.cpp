@@ -55,10 +55,14 @@ TEST_P(FleetCommandsTest, LoadsTheCollectorsDocumentsAndReportsDrift) {
     ASSERT_EQ(cJSON_GetArraySize(outliers), 1);
     EXPECT_STREQ(cJSON_GetObjectItem(cJSON_GetArrayItem(outliers, 0), "host")->valuestring, "db1");
 
-    // Loaded again under another name, the documents are another host's.
+    // Loaded again under another name, the documents are another host's; on
+    // a terminal the load shows its progress and what it did.
     std::ostringstream again;
-    EXPECT_EQ(RunLoad(url_, "spare", {fleet + "/db1.json"}, again, false), 0) << again.str();
+    EXPECT_EQ(RunLoad(url_, "spare", {fleet + "/db1.json", fleet + "/web1.json"}, again, true), 0)
+        << again.str();
     EXPECT_EQ(Counts().hosts, 13);
+    EXPECT_THAT(again.str(), HasSubstr("\rloaded 2/2 files ("));
+    EXPECT_THAT(again.str(), ::testing::EndsWith("\nloaded 2, already stored 0, failed 0\n"));
 }
 
 SORVIK_FLEET_BOTH_DATABASES(FleetCommandsTest);
