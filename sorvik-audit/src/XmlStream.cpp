@@ -162,12 +162,16 @@ struct ContextDeleter {
 
 }  // namespace
 
-bool ParseXml(const char* data, size_t size, const std::string& name, int firstLine, XmlHandler& handler,
-              std::string& error) {
-    int options = XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NOCDATA;
-    const bool utf16 = size >= 2 && static_cast<unsigned char>(data[0]) == 0xFF &&
-                       static_cast<unsigned char>(data[1]) == 0xFE;
-    if (utf16) options |= XML_PARSE_IGNORE_ENC;  // the declaration still says UTF-16
+struct XmlPushParser::Impl {
+    ParseState state;
+    std::unique_ptr<xmlParserCtxt, ContextDeleter> context;
+    std::string name;
+    int firstLine = 0;
+    bool done = false;
+};
+
+XmlPushParser::XmlPushParser(const std::string& name, int firstLine, XmlHandler& handler, bool ignoreEncoding)
+    : m_impl(new Impl) {
     xmlSAXHandler sax;
     std::memset(&sax, 0, sizeof sax);
     sax.initialized = XML_SAX2_MAGIC;
@@ -176,50 +180,97 @@ bool ParseXml(const char* data, size_t size, const std::string& name, int firstL
     sax.characters = OnText;
     sax.cdataBlock = OnText;
     sax.serror = OnError;
-
+    m_impl->name = name;
+    m_impl->firstLine = firstLine;
+    m_impl->state.handler = &handler;
     GenericErrorsSilenced silenced;
-    ParseState state;
-    state.handler = &handler;
-    std::unique_ptr<xmlParserCtxt, ContextDeleter> context(
-        xmlCreatePushParserCtxt(&sax, nullptr, nullptr, 0, name.c_str()));
-    if (!context) {
-        error = name + ": cannot start the XML parser";
+    m_impl->context.reset(xmlCreatePushParserCtxt(&sax, nullptr, nullptr, 0, name.c_str()));
+    if (!m_impl->context) return;
+    m_impl->state.context = m_impl->context.get();
+    m_impl->context->_private = &m_impl->state;
+    int options = XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NOCDATA;
+    if (ignoreEncoding) options |= XML_PARSE_IGNORE_ENC;
+    xmlCtxtUseOptions(m_impl->context.get(), options);
+}
+
+XmlPushParser::~XmlPushParser() = default;
+
+bool XmlPushParser::Feed(const char* data, size_t size, bool last, std::string& error) {
+    Impl& impl = *m_impl;
+    ParseState& state = impl.state;
+    if (!impl.context) {
+        error = impl.name + ": cannot start the XML parser";
         return false;
     }
-    state.context = context.get();
-    context->_private = &state;
-    xmlCtxtUseOptions(context.get(), options);
+    if (impl.done) return true;
+    GenericErrorsSilenced silenced;
     constexpr size_t kChunk = 1 << 16;
-    size_t at = utf16 ? 2 : 0;
-    std::string converted;
+    size_t at = 0;
     do {
-        size_t length = std::min(kChunk, size - at);
-        const bool last = at + length == size;
-        if (utf16) {
-            converted.clear();
-            size_t bad = 0;
-            length = Utf16ToUtf8(data + at, length, last, converted, bad);
-            if (length == std::string::npos) {
-                error = name + ": broken UTF-16 at byte " + std::to_string(at + bad);
-                return false;
-            }
-            xmlParseChunk(context.get(), converted.data(), static_cast<int>(converted.size()), last ? 1 : 0);
-        } else {
-            xmlParseChunk(context.get(), data + at, static_cast<int>(length), last ? 1 : 0);
-        }
+        const size_t length = std::min(kChunk, size - at);
+        const bool end = last && at + length == size;
+        xmlParseChunk(impl.context.get(), data + at, static_cast<int>(length), end ? 1 : 0);
         at += length;
     } while (at < size && !state.failed);
-    if (!state.failed && (!context->wellFormed || !state.rootSeen)) {
+    if (last && !state.failed && (!impl.context->wellFormed || !state.rootSeen)) {
         state.failed = true;
-        state.line = xmlSAX2GetLineNumber(context.get());
-        state.column = xmlSAX2GetColumnNumber(context.get());
+        state.line = xmlSAX2GetLineNumber(impl.context.get());
+        state.column = xmlSAX2GetColumnNumber(impl.context.get());
         state.message = "not a complete XML document";
     }
     if (state.failed) {
-        error = name + ":" + std::to_string(firstLine + state.line) + ":" + std::to_string(state.column) +
-                ": " + state.message;
+        error = impl.name + ":" + std::to_string(impl.firstLine + state.line) + ":" +
+                std::to_string(state.column) + ": " + state.message;
+        impl.done = true;
         return false;
     }
+    impl.done = last;
+    return true;
+}
+
+bool Utf16Decoder::Decode(const char* data, size_t size, bool last, std::string& out, size_t& badByte) {
+    const char* input = data;
+    size_t length = size;
+    if (!m_carry.empty()) {
+        m_carry.append(data, size);
+        input = m_carry.data();
+        length = m_carry.size();
+    }
+    size_t bad = 0;
+    const size_t used = Utf16ToUtf8(input, length, last, out, bad);
+    if (used == std::string::npos) {
+        badByte = m_offset + bad;
+        return false;
+    }
+    m_offset += used;
+    std::string rest(input + used, length - used);
+    m_carry.swap(rest);
+    return true;
+}
+
+bool ParseXml(const char* data, size_t size, const std::string& name, int firstLine, XmlHandler& handler,
+              std::string& error) {
+    const bool utf16 = size >= 2 && static_cast<unsigned char>(data[0]) == 0xFF &&
+                       static_cast<unsigned char>(data[1]) == 0xFE;
+    // The declaration of converted UTF-16 still says UTF-16.
+    XmlPushParser parser(name, firstLine, handler, utf16);
+    if (!utf16) return parser.Feed(data, size, true, error);
+    Utf16Decoder decoder;
+    constexpr size_t kChunk = 1 << 16;
+    std::string converted;
+    size_t at = 2;
+    do {
+        const size_t length = std::min(kChunk, size - at);
+        const bool last = at + length == size;
+        converted.clear();
+        size_t bad = 0;
+        if (!decoder.Decode(data + at, length, last, converted, bad)) {
+            error = name + ": broken UTF-16 at byte " + std::to_string(2 + bad);
+            return false;
+        }
+        if (!parser.Feed(converted.data(), converted.size(), last, error)) return false;
+        at += length;
+    } while (at < size);
     return true;
 }
 
