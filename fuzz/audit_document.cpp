@@ -20,6 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         std::abort();
     }
     audit::ErrorDocument errors;
-    if (!audit::ParseErrorDocument(bytes, "fuzz", errors, error) && error.compare(0, 4, "fuzz") != 0) std::abort();
+    if (!audit::ParseErrorDocument(bytes, "fuzz", errors, error) && error.compare(0, 4, "fuzz") != 0)
+        std::abort();
     return 0;
 }

@@ -1,11 +1,12 @@
 // The baseline loader, and the check of a small inventory against whatever
 // baseline loads. Input: the baseline file's bytes.
+#include "audit/Baseline.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
 
-#include "audit/Baseline.h"
 #include "audit/Check.h"
 
 namespace {

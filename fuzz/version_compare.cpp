@@ -32,7 +32,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (backward.order != Reversed(forward.order)) std::abort();
     if ((forward.order == audit::Order::Incomparable) == forward.reason.empty()) std::abort();
     std::string reason;
-    if (audit::VersionParses(a, scheme, reason) && audit::CompareVersions(a, a, scheme).order != audit::Order::Equal)
+    if (audit::VersionParses(a, scheme, reason) &&
+        audit::CompareVersions(a, a, scheme).order != audit::Order::Equal)
         std::abort();
     return 0;
 }

@@ -19,6 +19,15 @@ bool KnownMatchField(const char* field) {
     return false;
 }
 
+// cJSON keeps both members of a key given twice; a baseline must not say two
+// things at once, so the second is refused.
+const cJSON* Duplicate(const cJSON* object) {
+    for (const cJSON* member = object->child; member != nullptr; member = member->next)
+        for (const cJSON* earlier = object->child; earlier != member; earlier = earlier->next)
+            if (std::strcmp(earlier->string, member->string) == 0) return member;
+    return nullptr;
+}
+
 // A shell-style pattern fnmatch(3) reads the way it is meant: every bracket
 // expression closed, no backslash left dangling.
 bool PatternValid(const std::string& pattern, std::string& reason) {
@@ -71,6 +80,7 @@ public:
         rule.path = path;
         if (!cJSON_IsObject(item))
             return Fail(path, std::string("expected an object, found ") + JsonTypeName(item));
+        if (const cJSON* twice = Duplicate(item)) return Fail(path + "." + twice->string, "given twice");
         // The scheme first: the versions are checked against it.
         if (const cJSON* scheme = cJSON_GetObjectItemCaseSensitive(item, "scheme")) {
             std::string text;
@@ -137,6 +147,7 @@ private:
     bool Match(const cJSON* match, const std::string& path, Rule& rule) {
         if (!cJSON_IsObject(match))
             return Fail(path, std::string("expected an object, found ") + JsonTypeName(match));
+        if (const cJSON* twice = Duplicate(match)) return Fail(path + "." + twice->string, "given twice");
         for (const cJSON* member = match->child; member != nullptr; member = member->next) {
             const std::string at = path + "." + member->string;
             if (!KnownMatchField(member->string)) return Fail(at, "unknown key");
@@ -165,6 +176,8 @@ bool ParseBaseline(const std::string& text, const std::string& name, Baseline& b
     const cJSON* root = json.get();
     if (!cJSON_IsObject(root))
         return reader.Fail("$", std::string("expected an object, found ") + JsonTypeName(root));
+    if (const cJSON* twice = Duplicate(root))
+        return reader.Fail(std::string("$.") + twice->string, "given twice");
     bool versioned = false, ruled = false;
     for (const cJSON* member = root->child; member != nullptr; member = member->next) {
         const std::string key = member->string;

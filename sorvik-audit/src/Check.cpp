@@ -149,39 +149,44 @@ bool RuleMatches(const Rule& rule, const Component& component, const Inventory& 
     return true;
 }
 
-std::vector<ComponentVerdict> CheckInventory(const Baseline& baseline, const Inventory& inventory,
-                                             const ErrorDocument* errors, bool all) {
-    const std::vector<std::string> failed = FailedModules(inventory, errors);
-    std::vector<bool> matchedAny(baseline.rules.size(), false);
-    std::vector<ComponentVerdict> verdicts;
-    verdicts.reserve(inventory.components.size());
-    for (const Component& component : inventory.components) {
-        int first = -1;
-        for (size_t r = 0; r < baseline.rules.size(); ++r) {
-            if (!RuleMatches(baseline.rules[r], component, inventory)) continue;
-            matchedAny[r] = true;
-            if (first < 0) first = static_cast<int>(r);
-        }
-        if (first < 0 && !all) continue;
-        ComponentVerdict verdict;
-        verdict.component = component;
-        verdict.rule = first;
-        if (first >= 0) {
-            const Rule& rule = baseline.rules[static_cast<size_t>(first)];
-            verdict.expected = ExpectedText(rule);
-            if (!rule.module.empty() && std::binary_search(failed.begin(), failed.end(), rule.module)) {
-                verdict.verdict = Verdict::Unknown;
-                verdict.reason = "module " + rule.module + " failed";
-            } else {
-                Judge(rule, verdict);
-            }
-        }
-        verdicts.push_back(std::move(verdict));
+InventoryChecker::InventoryChecker(const Baseline& baseline, const Inventory& inventory, bool all)
+    : m_baseline(baseline), m_inventory(inventory), m_all(all), m_matched(baseline.rules.size(), false) {}
+
+void InventoryChecker::Add(Component&& component) {
+    int first = -1;
+    for (size_t r = 0; r < m_baseline.rules.size(); ++r) {
+        if (!RuleMatches(m_baseline.rules[r], component, m_inventory)) continue;
+        m_matched[r] = true;
+        if (first < 0) first = static_cast<int>(r);
     }
-    for (size_t r = 0; r < baseline.rules.size(); ++r) {
-        const Rule& rule = baseline.rules[r];
-        if (!rule.required || matchedAny[r]) continue;
-        if (!HostMatches(rule, inventory)) continue;  // a rule for other hosts
+    if (first < 0 && !m_all) return;
+    ComponentVerdict verdict;
+    verdict.component = std::move(component);
+    verdict.rule = first;
+    if (first >= 0) {
+        const Rule& rule = m_baseline.rules[static_cast<size_t>(first)];
+        verdict.expected = ExpectedText(rule);
+        Judge(rule, verdict);
+    }
+    m_verdicts.push_back(std::move(verdict));
+}
+
+std::vector<ComponentVerdict> InventoryChecker::Finish(const ErrorDocument* errors) {
+    const std::vector<std::string> failed = FailedModules(m_inventory, errors);
+    // Failures are known only at the end of a stream (an error document may
+    // follow the inventory), so a failed module's verdicts are set here.
+    for (ComponentVerdict& verdict : m_verdicts) {
+        if (verdict.rule < 0) continue;
+        const Rule& rule = m_baseline.rules[static_cast<size_t>(verdict.rule)];
+        if (!rule.module.empty() && std::binary_search(failed.begin(), failed.end(), rule.module)) {
+            verdict.verdict = Verdict::Unknown;
+            verdict.reason = "module " + rule.module + " failed";
+        }
+    }
+    for (size_t r = 0; r < m_baseline.rules.size(); ++r) {
+        const Rule& rule = m_baseline.rules[r];
+        if (!rule.required || m_matched[r]) continue;
+        if (!HostMatches(rule, m_inventory)) continue;  // a rule for other hosts
         ComponentVerdict verdict;
         for (const MatchCondition& condition : rule.match)
             if (std::string* field = ComponentField(condition.field, verdict.component))
@@ -200,9 +205,16 @@ std::vector<ComponentVerdict> CheckInventory(const Baseline& baseline, const Inv
             verdict.verdict = Verdict::Missing;
             verdict.reason = "required, and no component matched";
         }
-        verdicts.push_back(std::move(verdict));
+        m_verdicts.push_back(std::move(verdict));
     }
-    return verdicts;
+    return std::move(m_verdicts);
+}
+
+std::vector<ComponentVerdict> CheckInventory(const Baseline& baseline, const Inventory& inventory,
+                                             const ErrorDocument* errors, bool all) {
+    InventoryChecker checker(baseline, inventory, all);
+    for (const Component& component : inventory.components) checker.Add(Component(component));
+    return checker.Finish(errors);
 }
 
 std::string ComponentSlot(const Component& component) {

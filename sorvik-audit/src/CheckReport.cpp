@@ -24,12 +24,12 @@ const char* Colour(Verdict verdict) {
     return "";
 }
 
-std::string HostName(const Inventory& inventory) {
+const std::string& HostName(const Inventory& inventory) {
     return inventory.systemID.empty() ? inventory.source : inventory.systemID;
 }
 
 // The identifying fields, in the inventory's own JSON names, when not empty.
-std::string IdentityMembers(const Component& c, const std::string& indent) {
+void AppendIdentity(std::string& out, const Component& c, const char* indent) {
     const std::pair<const char*, const std::string*> fields[] = {{"name", &c.name},
                                                                  {"componentType", &c.componentType},
                                                                  {"componentID", &c.componentID},
@@ -39,11 +39,14 @@ std::string IdentityMembers(const Component& c, const std::string& indent) {
                                                                  {"deviceID", &c.deviceID},
                                                                  {"subVendorID", &c.subVendorID},
                                                                  {"subDeviceID", &c.subDeviceID}};
-    std::string text;
     for (const auto& field : fields)
         if (!field.second->empty())
-            text += ",\n" + indent + "\"" + field.first + "\": " + JsonString(*field.second);
-    return text;
+            out.append(",\n")
+                .append(indent)
+                .append("\"")
+                .append(field.first)
+                .append("\": ")
+                .append(JsonString(*field.second));
 }
 
 }  // namespace
@@ -56,61 +59,87 @@ bool AllCompliant(const std::vector<HostVerdicts>& hosts) {
 }
 
 std::string CheckTable(const std::vector<HostVerdicts>& hosts, bool colour) {
-    TextTable table({"VERDICT", "HOST", "TYPE", "NAME", "VERSION", "EXPECTED", "REASON"});
     std::map<Verdict, size_t> counts;
     size_t total = 0;
     for (const HostVerdicts& host : hosts) {
         for (const ComponentVerdict& v : host.verdicts) {
-            table.Add({VerdictName(v.verdict), HostName(*host.inventory), v.component.componentType,
-                       v.component.name, v.component.version, v.expected, v.reason},
-                      Colour(v.verdict));
             ++counts[v.verdict];
             ++total;
         }
     }
+    const std::string text = RenderTable(
+        {"VERDICT", "HOST", "TYPE", "NAME", "VERSION", "EXPECTED", "REASON"},
+        [&hosts](const RowVisitor& visit) {
+            for (const HostVerdicts& host : hosts)
+                for (const ComponentVerdict& v : host.verdicts)
+                    visit({VerdictName(v.verdict), HostName(*host.inventory), v.component.componentType,
+                           v.component.name, v.component.version, v.expected, v.reason},
+                          Colour(v.verdict));
+        },
+        colour);
     std::string summary = std::to_string(total) + (total == 1 ? " component" : " components");
     std::string parts;
     for (const auto& count : counts)
         parts +=
             (parts.empty() ? ": " : ", ") + std::to_string(count.second) + " " + VerdictName(count.first);
-    return table.Text(colour) + summary + parts + "\n";
+    return text + summary + parts + "\n";
 }
 
 std::string CheckJson(const std::vector<HostVerdicts>& hosts, const std::string& baseline) {
     std::map<Verdict, size_t> counts;
-    std::string inventories;
+    size_t total = 0;
     for (const HostVerdicts& host : hosts) {
-        const Inventory& inventory = *host.inventory;
-        std::string failed;
-        for (const ModuleFailure& failure : inventory.failures)
-            failed += (failed.empty() ? "" : ", ") + JsonString(failure.module);
-        std::string components;
-        for (const ComponentVerdict& v : host.verdicts) {
-            ++counts[v.verdict];
-            components += std::string(components.empty() ? "" : ",") +
-                          "\n        {\n          \"verdict\": " + JsonString(VerdictName(v.verdict)) +
-                          ",\n          \"version\": " + JsonString(v.component.version) +
-                          ",\n          \"expected\": " + JsonString(v.expected) +
-                          ",\n          \"reason\": " + JsonString(v.reason) +
-                          ",\n          \"rule\": " + std::to_string(v.rule) +
-                          ",\n          \"key\": " + JsonString(ComponentKey(v.component)) +
-                          IdentityMembers(v.component, "          ") + "\n        }";
-        }
-        inventories += std::string(inventories.empty() ? "" : ",") +
-                       "\n    {\n      \"source\": " + JsonString(inventory.source) +
-                       ",\n      \"systemID\": " + JsonString(inventory.systemID) +
-                       ",\n      \"failedModules\": [" + failed + "],\n      \"components\": [" + components +
-                       (components.empty() ? "]" : "\n      ]") + "\n    }";
+        for (const ComponentVerdict& v : host.verdicts) ++counts[v.verdict];
+        total += host.verdicts.size();
     }
     std::string summary;
     for (Verdict verdict : {Verdict::Compliant, Verdict::Outdated, Verdict::Newer, Verdict::Unknown,
                             Verdict::Missing, Verdict::Unmatched})
         summary += std::string(summary.empty() ? "" : ", ") + "\"" + VerdictName(verdict) +
                    "\": " + std::to_string(counts[verdict]);
-    return "{\n  \"reportVersion\": 1,\n  \"command\": \"check\",\n  \"baseline\": " + JsonString(baseline) +
-           ",\n  \"compliant\": " + (AllCompliant(hosts) ? "true" : "false") + ",\n  \"summary\": {" +
-           summary + "},\n  \"inventories\": [" + inventories + (inventories.empty() ? "]" : "\n  ]") +
-           "\n}\n";
+    // One string appended in place: a report of 100,000 components is large.
+    std::string out;
+    out.reserve(512 * total + 1024);
+    out.append("{\n  \"reportVersion\": 1,\n  \"command\": \"check\",\n  \"baseline\": ")
+        .append(JsonString(baseline))
+        .append(",\n  \"compliant\": ")
+        .append(AllCompliant(hosts) ? "true" : "false")
+        .append(",\n  \"summary\": {")
+        .append(summary)
+        .append("},\n  \"inventories\": [");
+    for (size_t h = 0; h < hosts.size(); ++h) {
+        const Inventory& inventory = *hosts[h].inventory;
+        out.append(h > 0 ? ",\n    {\n      \"source\": " : "\n    {\n      \"source\": ")
+            .append(JsonString(inventory.source))
+            .append(",\n      \"systemID\": ")
+            .append(JsonString(inventory.systemID))
+            .append(",\n      \"failedModules\": [");
+        for (size_t f = 0; f < inventory.failures.size(); ++f)
+            out.append(f > 0 ? ", " : "").append(JsonString(inventory.failures[f].module));
+        out.append("],\n      \"components\": [");
+        const auto& verdicts = hosts[h].verdicts;
+        for (size_t i = 0; i < verdicts.size(); ++i) {
+            const ComponentVerdict& v = verdicts[i];
+            out.append(i > 0 ? ",\n        {\n          \"verdict\": "
+                             : "\n        {\n          \"verdict\": ")
+                .append(JsonString(VerdictName(v.verdict)))
+                .append(",\n          \"version\": ")
+                .append(JsonString(v.component.version))
+                .append(",\n          \"expected\": ")
+                .append(JsonString(v.expected))
+                .append(",\n          \"reason\": ")
+                .append(JsonString(v.reason))
+                .append(",\n          \"rule\": ")
+                .append(std::to_string(v.rule))
+                .append(",\n          \"key\": ")
+                .append(JsonString(ComponentKey(v.component)));
+            AppendIdentity(out, v.component, "          ");
+            out.append("\n        }");
+        }
+        out.append(verdicts.empty() ? "]\n    }" : "\n      ]\n    }");
+    }
+    out.append(hosts.empty() ? "]\n}\n" : "\n  ]\n}\n");
+    return out;
 }
 
 std::string PrometheusLabel(const std::string& value) {
@@ -130,9 +159,13 @@ std::string PrometheusLabel(const std::string& value) {
 }
 
 std::string CheckPrometheus(const std::vector<HostVerdicts>& hosts, std::time_t now) {
-    std::string text =
+    size_t total = 0;
+    for (const HostVerdicts& host : hosts) total += host.verdicts.size();
+    std::string text;
+    text.reserve(400 * total + 1024);
+    text.append(
         "# HELP sorvik_component_compliant 1 when the component's version meets the baseline, else 0.\n"
-        "# TYPE sorvik_component_compliant gauge\n";
+        "# TYPE sorvik_component_compliant gauge\n");
     for (const HostVerdicts& host : hosts) {
         for (const ComponentVerdict& v : host.verdicts) {
             if (v.verdict == Verdict::Unmatched) continue;
@@ -150,19 +183,23 @@ std::string CheckPrometheus(const std::vector<HostVerdicts>& hosts, std::time_t 
                 {"sub_device_id", &c.subDeviceID},
                 {"version", &c.version},
                 {"expected", &v.expected}};
-            text += "sorvik_component_compliant{";
+            text.append("sorvik_component_compliant{");
             for (const auto& label : labels)
-                text += std::string(label.first) + "=\"" + PrometheusLabel(*label.second) + "\",";
-            text += std::string("verdict=\"") + VerdictName(v.verdict) + "\"} " +
-                    (v.verdict == Verdict::Compliant ? "1" : "0") + "\n";
+                text.append(label.first).append("=\"").append(PrometheusLabel(*label.second)).append("\",");
+            text.append("verdict=\"")
+                .append(VerdictName(v.verdict))
+                .append("\"} ")
+                .append(v.verdict == Verdict::Compliant ? "1" : "0")
+                .append("\n");
         }
     }
-    text +=
-        "# HELP sorvik_audit_last_run_timestamp_seconds When sorvik-audit check wrote this file, in Unix "
-        "time.\n"
-        "# TYPE sorvik_audit_last_run_timestamp_seconds gauge\n"
-        "sorvik_audit_last_run_timestamp_seconds " +
-        std::to_string(static_cast<long long>(now)) + "\n";
+    text.append(
+            "# HELP sorvik_audit_last_run_timestamp_seconds When sorvik-audit check wrote this file, in Unix "
+            "time.\n"
+            "# TYPE sorvik_audit_last_run_timestamp_seconds gauge\n"
+            "sorvik_audit_last_run_timestamp_seconds ")
+        .append(std::to_string(static_cast<long long>(now)))
+        .append("\n");
     return text;
 }
 

@@ -86,16 +86,19 @@ int RunCheck(const CheckOptions& options, const Console& console) {
     for (const std::string& path : options.inventories) standardInputs += path == "-";
     if (standardInputs > 1 || (standardInputs == 1 && (options.baseline == "-" || options.errors == "-")))
         return Trouble(console, "standard input (-) can be read once only");
-    // Every document is read before anything is written: bad input leaves no
+    // Every document is read (and judged as it is read, so a large inventory
+    // is never held whole) before anything is written: bad input leaves no
     // partial report behind.
     std::vector<Inventory> inventories(options.inventories.size());
-    for (size_t i = 0; i < inventories.size(); ++i)
-        if (!ReadInventory(options.inventories[i], inventories[i], error)) return Trouble(console, error);
     std::vector<HostVerdicts> hosts;
-    for (Inventory& inventory : inventories) {
+    for (size_t i = 0; i < inventories.size(); ++i) {
+        Inventory& inventory = inventories[i];
+        InventoryChecker checker(baseline, inventory, options.all);
+        const ComponentSink judge = [&checker](Component&& component) { checker.Add(std::move(component)); };
+        if (!StreamInventory(options.inventories[i], inventory, judge, error)) return Trouble(console, error);
         // The error document's failures belong to the run; the report lists them with it.
         for (const ModuleFailure& failure : errors.failures) inventory.failures.push_back(failure);
-        hosts.push_back({&inventory, CheckInventory(baseline, inventory, nullptr, options.all)});
+        hosts.push_back({&inventory, checker.Finish(nullptr)});
     }
     std::string text;
     if (options.format == "json")

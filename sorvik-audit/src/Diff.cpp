@@ -11,13 +11,10 @@ namespace {
 
 using Group = std::vector<const Component*>;
 
-std::unordered_map<std::string, Group> ByKey(const Inventory& inventory) {
-    std::unordered_map<std::string, Group> groups;
-    groups.reserve(inventory.components.size());
-    for (const Component& component : inventory.components)
-        groups[ComponentKey(component)].push_back(&component);
-    return groups;
-}
+// The components of both sides that share one key.
+struct Sides {
+    Group before, after;
+};
 
 // Drops the components of each side whose version the other side has too,
 // one for one.
@@ -52,18 +49,23 @@ const char* ChangeName(Change change) {
 
 std::vector<ComponentChange> DiffInventories(const Inventory& before, const Inventory& after,
                                              const ErrorDocument* errors) {
-    std::unordered_map<std::string, Group> old = ByKey(before);
-    std::unordered_map<std::string, Group> now = ByKey(after);
+    // One table keyed by OLD's components; NEW's join them or are added.
+    std::unordered_map<std::string, Sides> keyed;
+    keyed.reserve(before.components.size());
+    for (const Component& component : before.components)
+        keyed[ComponentKey(component)].before.push_back(&component);
     std::vector<ComponentChange> changes;
     Group removed, added;
-    for (auto& entry : old) {
-        Group& left = entry.second;
-        auto found = now.find(entry.first);
-        if (found == now.end()) {
-            removed.insert(removed.end(), left.begin(), left.end());
-            continue;
-        }
-        Group& right = found->second;
+    for (const Component& component : after.components) {
+        auto found = keyed.find(ComponentKey(component));
+        if (found == keyed.end())
+            added.push_back(&component);
+        else
+            found->second.after.push_back(&component);
+    }
+    for (auto& entry : keyed) {
+        Group& left = entry.second.before;
+        Group& right = entry.second.after;
         DropEqualVersions(left, right);
         // By version, so the pairing does not follow the order modules finished in.
         const auto byVersion = [](const Component* a, const Component* b) { return a->version < b->version; };
@@ -74,9 +76,8 @@ std::vector<ComponentChange> DiffInventories(const Inventory& before, const Inve
             changes.push_back({Change::Changed, entry.first, *left[i], *right[i], ""});
         removed.insert(removed.end(), left.begin() + static_cast<long>(paired), left.end());
         added.insert(added.end(), right.begin() + static_cast<long>(paired), right.end());
-        now.erase(found);
     }
-    for (auto& entry : now) added.insert(added.end(), entry.second.begin(), entry.second.end());
+    std::unordered_map<std::string, Sides>().swap(keyed);
 
     // A component alone in its slot on both sides was renamed, not replaced.
     std::map<std::string, std::pair<Group, Group>> slots;

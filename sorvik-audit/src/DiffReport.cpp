@@ -30,21 +30,27 @@ const Component& Identity(const ComponentChange& change) {
 }  // namespace
 
 std::string DiffTable(const std::vector<ComponentChange>& changes, bool colour) {
-    TextTable table({"CHANGE", "KEY", "FROM", "TO"});
-    std::map<Change, size_t> counts;
-    for (const ComponentChange& change : changes) {
-        const bool hasBefore = change.change != Change::Added;
-        const bool hasAfter = change.change == Change::Added || change.change == Change::Changed;
-        table.Add({ChangeName(change.change), change.key, hasBefore ? change.before.version : "",
-                   hasAfter ? change.after.version : (change.change == Change::Unknown ? change.reason : "")},
-                  Colour(change.change));
-        ++counts[change.change];
-    }
     if (changes.empty()) return "no change\n";
+    std::map<Change, size_t> counts;
+    for (const ComponentChange& change : changes) ++counts[change.change];
+    const std::string text = RenderTable(
+        {"CHANGE", "KEY", "FROM", "TO"},
+        [&changes](const RowVisitor& visit) {
+            for (const ComponentChange& change : changes) {
+                const bool hasBefore = change.change != Change::Added;
+                const bool hasAfter = change.change == Change::Added || change.change == Change::Changed;
+                const std::string_view from =
+                    hasBefore ? std::string_view(change.before.version) : std::string_view();
+                const std::string_view to = hasAfter ? std::string_view(change.after.version)
+                                                     : std::string_view(change.reason);  // why it is unknown
+                visit({ChangeName(change.change), change.key, from, to}, Colour(change.change));
+            }
+        },
+        colour);
     std::string parts;
     for (const auto& count : counts)
         parts += (parts.empty() ? "" : ", ") + std::to_string(count.second) + " " + ChangeName(count.first);
-    return table.Text(colour) + parts + "\n";
+    return text + parts + "\n";
 }
 
 std::string DiffJson(const std::vector<ComponentChange>& changes, const Inventory& before,

@@ -3,11 +3,15 @@
 #include <fcntl.h>
 #include <libxml/parser.h>
 #include <libxml/xmlerror.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <functional>
 #include <memory>
+#include <vector>
 
 #include "JsonText.h"
 #include "XmlStream.h"
@@ -20,29 +24,6 @@ const char kUtf8Bom[] = "\xEF\xBB\xBF";
 
 bool StartsWith(const std::string& text, size_t at, const char* prefix, size_t length) {
     return text.size() >= at + length && text.compare(at, length, prefix, length) == 0;
-}
-
-// Where a second XML document starts in the stream, or npos: the collector
-// writes its error document straight after the inventory on standard output.
-size_t SecondDocument(const std::string& bytes) {
-    static const char kDecl16[] = "<\0?\0x\0m\0l\0";
-    if (StartsWith(bytes, 0, kUtf16Bom, 2)) {
-        const size_t at = bytes.find(std::string(kDecl16, 10), 4);
-        if (at == std::string::npos) return at;
-        return at >= 4 && StartsWith(bytes, at - 2, kUtf16Bom, 2) ? at - 2 : at;
-    }
-    const size_t at = bytes.find("<?xml", StartsWith(bytes, 0, kUtf8Bom, 3) ? 4 : 1);
-    if (at == std::string::npos) return at;
-    return at >= 3 && StartsWith(bytes, at - 3, kUtf8Bom, 3) ? at - 3 : at;
-}
-
-// Line ends before offset, counted in the document's own encoding.
-int LinesBefore(const std::string& bytes, size_t offset) {
-    const bool utf16 = StartsWith(bytes, 0, kUtf16Bom, 2);
-    int lines = 0;
-    for (size_t i = 0; i < offset; i += utf16 ? 2 : 1)
-        if (bytes[i] == '\n') ++lines;
-    return lines;
 }
 
 const std::string* Attribute(const XmlAttributes& attributes, const char* name) {
@@ -60,7 +41,8 @@ std::string AttributeOr(const XmlAttributes& attributes, const char* name) {
 // foreign document.
 class InventoryHandler : public XmlHandler {
 public:
-    explicit InventoryHandler(Inventory& inventory) : m_inventory(inventory) {}
+    InventoryHandler(Inventory& inventory, const ComponentSink& sink)
+        : m_inventory(inventory), m_sink(sink) {}
 
     bool Start(int depth, const std::string& name, const XmlAttributes& attributes,
                std::string& error) override {
@@ -107,8 +89,8 @@ public:
             return true;
         }
         if (depth == 1 && name == "Device") {
-            m_inventory.components.emplace_back();
-            Component& component = m_inventory.components.back();
+            m_current = Component();
+            Component& component = m_current;
             for (const auto& attribute : attributes) {
                 if (attribute.first == "componentID")
                     component.componentID = attribute.second;
@@ -133,7 +115,7 @@ public:
                 error = "a second Application in one Device";
                 return false;
             }
-            Component& component = m_inventory.components.back();
+            Component& component = m_current;
             component.name = AttributeOr(attributes, "display");
             component.componentType = AttributeOr(attributes, "componentType");
             const std::string* version = Attribute(attributes, "version");
@@ -155,12 +137,15 @@ public:
                 error = "Device without an Application";
                 return false;
             }
+            m_sink(std::move(m_current));
         }
         return true;
     }
 
 private:
     Inventory& m_inventory;
+    const ComponentSink& m_sink;
+    Component m_current;
     bool m_inDevice = false;
     int m_applications = 0;
 };
@@ -238,7 +223,7 @@ bool StringMembers(const cJSON* object, const std::string& path, const char* con
 }
 
 bool ParseJsonInventory(const std::string& bytes, const std::string& name, Inventory& inventory,
-                        std::string& error) {
+                        const ComponentSink& sink, std::string& error) {
     JsonPtr json = ParseJsonText(bytes, name, error);
     if (!json) return false;
     static const char* const kRootKeys[] = {"UpdatableComponentsInventory", nullptr};
@@ -340,45 +325,167 @@ bool ParseJsonInventory(const std::string& bytes, const std::string& name, Inven
             else
                 component.version = std::move(value);
         }
-        inventory.components.push_back(std::move(component));
+        sink(std::move(component));
     }
     return true;
 }
 
-enum class Form { Xml, Json, Empty, Unknown };
+// The bytes of one inventory as they are read, in pieces of any size: the
+// form is told by the first of them; XML goes through a push parser as it
+// comes (UTF-16 converted on the way), so a large file is never held whole,
+// and an error document following the inventory in the same stream gets a
+// parser of its own. JSON is gathered and parsed at the end.
+class InventoryFeed {
+public:
+    InventoryFeed(const std::string& name, Inventory& inventory, const ComponentSink& sink)
+        : m_name(name), m_inventory(inventory), m_sink(sink), m_handler(inventory, sink) {}
 
-Form FormOf(const std::string& bytes) {
-    if (StartsWith(bytes, 0, kUtf16Bom, 2)) return Form::Xml;
-    size_t at = StartsWith(bytes, 0, kUtf8Bom, 3) ? 3 : 0;
-    while (at < bytes.size() && std::strchr(" \t\r\n", bytes[at]) != nullptr && bytes[at] != '\0') ++at;
-    if (at == bytes.size()) return Form::Empty;
-    if (bytes[at] == '<') return Form::Xml;
-    if (bytes[at] == '{') return Form::Json;
-    return Form::Unknown;
-}
+    bool Feed(const char* data, size_t size, bool last, std::string& error) {
+        if (m_form == Form::Unknown) {
+            m_head.append(data, size);
+            if (!Decide(last, error)) return false;
+            if (m_form == Form::Unknown) return true;
+            std::string head;
+            head.swap(m_head);
+            return Take(head.data(), head.size(), last, error);
+        }
+        return Take(data, size, last, error);
+    }
 
-}  // namespace
+private:
+    enum class Form { Unknown, Json, Xml8, Xml16 };
 
-bool ReadWholeFile(const std::string& path, std::string& bytes, std::string& error) {
+    bool Decide(bool last, std::string& error) {
+        size_t at = StartsWith(m_head, 0, kUtf8Bom, 3) ? 3 : 0;
+        if (StartsWith(m_head, 0, kUtf16Bom, 2)) {
+            m_form = Form::Xml16;
+            return true;
+        }
+        while (at < m_head.size() &&
+               (m_head[at] == ' ' || m_head[at] == '\t' || m_head[at] == '\r' || m_head[at] == '\n'))
+            ++at;
+        if (at < m_head.size()) {
+            if (m_head[at] == '{')
+                m_form = Form::Json;
+            else if (m_head[at] == '<')
+                m_form = Form::Xml8;
+            else
+                error = m_name + ":1:1: neither an XML nor a JSON document";
+            return m_form != Form::Unknown;
+        }
+        // Only blanks so far; one more byte may be a lone byte-order mark half.
+        if (last) {
+            error = m_name + ": empty, not an inventory";
+            return false;
+        }
+        return true;
+    }
+
+    bool Take(const char* data, size_t size, bool last, std::string& error) {
+        if (m_form == Form::Json) {
+            m_json.append(data, size);
+            return !last || ParseJsonInventory(m_json, m_name, m_inventory, m_sink, error);
+        }
+        if (m_form == Form::Xml8) return Text(data, size, last, error);
+        if (!m_bomSkipped) {
+            data += 2;  // the byte-order mark
+            size -= 2;
+            m_bomSkipped = true;
+        }
+        m_converted.clear();
+        size_t bad = 0;
+        if (!m_decoder.Decode(data, size, last, m_converted, bad)) {
+            error = m_name + ": broken UTF-16 at byte " + std::to_string(2 + bad);
+            return false;
+        }
+        return Text(m_converted.data(), m_converted.size(), last, error);
+    }
+
+    // UTF-8 text of the stream. The last bytes are held back until more come,
+    // so an XML declaration split between two pieces is still found.
+    bool Text(const char* data, size_t size, bool last, std::string& error) {
+        static const size_t kHold = 8;
+        m_pending.append(data, size);
+        if (!m_inventoryParser) {
+            // A UTF-8 byte-order mark may open the stream; a declaration may
+            // follow it.
+            const bool bom = StartsWith(m_pending, 0, kUtf8Bom, 3);
+            if (m_pending.size() < 4 && !last) return true;
+            m_inventoryParser.reset(new XmlPushParser(m_name, 0, m_handler, m_form == Form::Xml16));
+            m_searchFrom = bom ? 4 : 1;
+        }
+        if (!m_errorParser) {
+            const size_t at = m_pending.find("<?xml", m_searchFrom);
+            if (at != std::string::npos) {
+                const size_t end = at >= 3 && m_pending.compare(at - 3, 3, kUtf8Bom) == 0 ? at - 3 : at;
+                if (!ToInventory(m_pending.data(), end, true, error)) return false;
+                m_errorHandler.reset(new ErrorDocumentHandler(m_trailing));
+                m_errorParser.reset(
+                    new XmlPushParser(m_name, m_lines, *m_errorHandler, m_form == Form::Xml16));
+                m_pending.erase(0, at);
+            } else {
+                const size_t ready = last                       ? m_pending.size()
+                                     : m_pending.size() > kHold ? m_pending.size() - kHold
+                                                                : 0;
+                if (!ToInventory(m_pending.data(), ready, last, error)) return false;
+                m_pending.erase(0, ready);
+                m_searchFrom = 0;
+                return true;
+            }
+        }
+        if (!m_errorParser->Feed(m_pending.data(), m_pending.size(), last, error)) return false;
+        m_pending.clear();
+        if (last) m_inventory.failures = std::move(m_trailing.failures);
+        return true;
+    }
+
+    bool ToInventory(const char* data, size_t size, bool last, std::string& error) {
+        for (size_t i = 0; i < size; ++i)
+            if (data[i] == '\n') ++m_lines;
+        return m_inventoryParser->Feed(data, size, last, error);
+    }
+
+    const std::string& m_name;
+    Inventory& m_inventory;
+    const ComponentSink& m_sink;
+    Form m_form = Form::Unknown;
+    std::string m_head, m_json, m_converted, m_pending;
+    bool m_bomSkipped = false;
+    Utf16Decoder m_decoder;
+    InventoryHandler m_handler;
+    std::unique_ptr<XmlPushParser> m_inventoryParser, m_errorParser;
+    std::unique_ptr<ErrorDocumentHandler> m_errorHandler;
+    ErrorDocument m_trailing;
+    size_t m_searchFrom = 1;
+    int m_lines = 0;
+};
+
+const size_t kPiece = 1 << 16;
+
+// Reads the file in pieces into the feed; "-" is standard input.
+bool ReadPieces(const std::string& path, const std::function<bool(const char*, size_t, bool)>& take,
+                std::string& error) {
     const bool standardInput = path == "-";
     const int fd = standardInput ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (fd < 0) {
         error = path + ": cannot open: " + std::strerror(errno);
         return false;
     }
-    bytes.clear();
-    char buffer[65536];
+    std::vector<char> buffer(kPiece);
     bool ok = true;
     for (;;) {
-        const ssize_t n = read(fd, buffer, sizeof buffer);
+        const ssize_t n = read(fd, buffer.data(), buffer.size());
         if (n < 0 && errno == EINTR) continue;
         if (n < 0) {
             error = path + ": cannot read: " + std::strerror(errno);
             ok = false;
             break;
         }
+        if (!take(buffer.data(), static_cast<size_t>(n), n == 0)) {
+            ok = false;
+            break;
+        }
         if (n == 0) break;
-        bytes.append(buffer, static_cast<size_t>(n));
     }
     if (!standardInput && close(fd) != 0 && ok) {
         error = path + ": cannot close: " + std::strerror(errno);
@@ -387,49 +494,64 @@ bool ReadWholeFile(const std::string& path, std::string& bytes, std::string& err
     return ok;
 }
 
+}  // namespace
+
+bool ReadWholeFile(const std::string& path, std::string& bytes, std::string& error) {
+    bytes.clear();
+    return ReadPieces(
+        path,
+        [&](const char* data, size_t size, bool) {
+            bytes.append(data, size);
+            return true;
+        },
+        error);
+}
+
+bool StreamInventory(const std::string& path, Inventory& inventory, const ComponentSink& sink,
+                     std::string& error) {
+    inventory = Inventory();
+    inventory.source = path;
+    InventoryFeed feed(path, inventory, sink);
+    return ReadPieces(
+        path, [&](const char* data, size_t size, bool last) { return feed.Feed(data, size, last, error); },
+        error);
+}
+
 bool ParseInventory(const std::string& bytes, const std::string& name, Inventory& inventory,
                     std::string& error) {
     inventory = Inventory();
     inventory.source = name;
-    switch (FormOf(bytes)) {
-        case Form::Empty:
-            error = name + ": empty, not an inventory";
-            return false;
-        case Form::Unknown:
-            error = name + ":1:1: neither an XML nor a JSON document";
-            return false;
-        case Form::Json:
-            return ParseJsonInventory(bytes, name, inventory, error);
-        case Form::Xml:
-            break;
-    }
-    const size_t second = SecondDocument(bytes);
-    InventoryHandler handler(inventory);
-    if (!ParseXml(bytes.data(), second == std::string::npos ? bytes.size() : second, name, 0, handler, error))
-        return false;
-    if (second == std::string::npos) return true;
-    ErrorDocument trailing;
-    ErrorDocumentHandler errorHandler(trailing);
-    if (!ParseXml(bytes.data() + second, bytes.size() - second, name, LinesBefore(bytes, second),
-                  errorHandler, error))
-        return false;
-    inventory.failures = std::move(trailing.failures);
+    const ComponentSink keep = [&inventory](Component&& component) {
+        inventory.components.push_back(std::move(component));
+    };
+    InventoryFeed feed(name, inventory, keep);
+    size_t at = 0;
+    do {
+        const size_t length = std::min(kPiece, bytes.size() - at);
+        if (!feed.Feed(bytes.data() + at, length, at + length == bytes.size(), error)) return false;
+        at += length;
+    } while (at < bytes.size());
     return true;
 }
 
 bool ReadInventory(const std::string& path, Inventory& inventory, std::string& error) {
-    std::string bytes;
-    return ReadWholeFile(path, bytes, error) && ParseInventory(bytes, path, inventory, error);
+    const ComponentSink keep = [&inventory](Component&& component) {
+        inventory.components.push_back(std::move(component));
+    };
+    return StreamInventory(path, inventory, keep, error);
 }
 
 bool ParseErrorDocument(const std::string& bytes, const std::string& name, ErrorDocument& errors,
                         std::string& error) {
     errors = ErrorDocument();
     errors.source = name;
-    const Form form = FormOf(bytes);
-    if (form != Form::Xml) {
+    size_t at = StartsWith(bytes, 0, kUtf8Bom, 3) ? 3 : 0;
+    while (at < bytes.size() &&
+           (bytes[at] == ' ' || bytes[at] == '\t' || bytes[at] == '\r' || bytes[at] == '\n'))
+        ++at;
+    if (!StartsWith(bytes, 0, kUtf16Bom, 2) && (at == bytes.size() || bytes[at] != '<')) {
         error = name +
-                (form == Form::Empty ? ": empty, not an error document" : ":1:1: not an XML error document");
+                (at == bytes.size() ? ": empty, not an error document" : ":1:1: not an XML error document");
         return false;
     }
     ErrorDocumentHandler handler(errors);

@@ -6,7 +6,7 @@ namespace audit {
 namespace {
 
 // UTF-8 characters, not bytes: names carry accented letters.
-size_t Width(const std::string& text) {
+size_t Width(std::string_view text) {
     size_t width = 0;
     for (char c : text)
         if ((static_cast<unsigned char>(c) & 0xC0) != 0x80) ++width;
@@ -15,37 +15,37 @@ size_t Width(const std::string& text) {
 
 }  // namespace
 
-TextTable::TextTable(std::vector<std::string> header) {
-    m_rows.push_back(std::move(header));
-    m_colours.emplace_back();
-}
-
-void TextTable::Add(std::vector<std::string> cells, const std::string& colour) {
-    m_rows.push_back(std::move(cells));
-    m_colours.push_back(colour);
-}
-
-std::string TextTable::Text(bool colour) const {
+std::string RenderTable(const TableRow& header, const std::function<void(const RowVisitor&)>& forEach,
+                        bool colour) {
     std::vector<size_t> widths;
-    for (const auto& row : m_rows) {
-        widths.resize(std::max(widths.size(), row.size()), 0);
-        for (size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], Width(row[i]));
-    }
+    size_t rows = 0, cellBytes = 0;
+    const RowVisitor measure = [&](const TableRow& cells, const char*) {
+        widths.resize(std::max(widths.size(), cells.size()), 0);
+        for (size_t i = 0; i < cells.size(); ++i) widths[i] = std::max(widths[i], Width(cells[i]));
+        for (std::string_view cell : cells) cellBytes += cell.size();
+        ++rows;
+    };
+    measure(header, nullptr);
+    forEach(measure);
+    size_t lineWidth = 0;
+    for (size_t width : widths) lineWidth += width + 2;
+
     std::string text;
-    for (size_t r = 0; r < m_rows.size(); ++r) {
-        const auto& row = m_rows[r];
-        std::string line;
-        for (size_t i = 0; i < row.size(); ++i) {
-            const bool last = i + 1 == row.size();
-            const bool marked = colour && i == 0 && !m_colours[r].empty();
-            if (marked) line += "\033[" + m_colours[r] + "m";
-            line += row[i];
-            if (marked) line += "\033[0m";
-            if (!last) line.append(widths[i] - Width(row[i]) + 2, ' ');
+    text.reserve(rows * (lineWidth + 16) + cellBytes);  // padding counts characters, cells bytes
+    const RowVisitor write = [&](const TableRow& cells, const char* code) {
+        const size_t start = text.size();
+        for (size_t i = 0; i < cells.size(); ++i) {
+            const bool marked = colour && i == 0 && code != nullptr;
+            if (marked) text.append("\033[").append(code).append("m");
+            text.append(cells[i]);
+            if (marked) text.append("\033[0m");
+            if (i + 1 < cells.size()) text.append(widths[i] - Width(cells[i]) + 2, ' ');
         }
-        while (!line.empty() && line.back() == ' ') line.pop_back();
-        text += line + "\n";
-    }
+        while (text.size() > start && text.back() == ' ') text.pop_back();
+        text += '\n';
+    };
+    write(header, nullptr);
+    forEach(write);
     return text;
 }
 

@@ -1,20 +1,21 @@
 #pragma once
 // Rows of cells printed in aligned columns, widths counted in characters.
+#include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace audit {
 
-class TextTable {
-public:
-    explicit TextTable(std::vector<std::string> header);
-    // colour: an SGR code ("32") for the first cell, or empty.
-    void Add(std::vector<std::string> cells, const std::string& colour = "");
-    std::string Text(bool colour) const;
+using TableRow = std::vector<std::string_view>;
+// Receives one row and an SGR colour code ("32") for its first cell, or null.
+using RowVisitor = std::function<void(const TableRow& cells, const char* colour)>;
 
-private:
-    std::vector<std::vector<std::string>> m_rows;
-    std::vector<std::string> m_colours;
-};
+// The header and the rows forEach gives, as text: each line's cells padded to
+// the column's width plus two blanks, trailing blanks removed. forEach is
+// called twice (widths, then text), so no row is stored: a report of 100,000
+// components is not copied once more.
+std::string RenderTable(const TableRow& header, const std::function<void(const RowVisitor&)>& forEach,
+                        bool colour);
 
 }  // namespace audit

@@ -111,24 +111,27 @@ private:
     void* m_context;
 };
 
-// Little-endian UTF-16 (the byte-order mark already skipped) as UTF-8. The
-// push parser in libxml2 2.9 loses a UTF-16 encoding found in its first
-// chunk, so the reader converts such documents itself. False on a broken
-// surrogate pair or an odd length.
-bool Utf16ToUtf8(const char* data, size_t size, std::string& out) {
-    if (size % 2 != 0) return false;
-    out.reserve(size / 2 + size / 8);
+// Little-endian UTF-16 as UTF-8, appended to out: whole code units from
+// data, a high surrogate at the end left for the next piece. Returns the bytes
+// used, or npos for a broken surrogate pair. The push parser in libxml2 2.9
+// loses a UTF-16 encoding found in its first chunk, so the reader converts
+// such documents itself, a chunk at a time.
+size_t Utf16ToUtf8(const char* data, size_t size, bool last, std::string& out, size_t& bad) {
     const auto* bytes = reinterpret_cast<const unsigned char*>(data);
-    for (size_t i = 0; i < size; i += 2) {
+    size_t i = 0;
+    for (; i + 1 < size; i += 2) {
         unsigned code = bytes[i] | (bytes[i + 1] << 8);
         if (code >= 0xD800 && code <= 0xDBFF) {
-            if (i + 3 >= size) return false;
+            if (i + 3 >= size) {
+                if (last) return bad = i, std::string::npos;
+                break;
+            }
             const unsigned low = bytes[i + 2] | (bytes[i + 3] << 8);
-            if (low < 0xDC00 || low > 0xDFFF) return false;
+            if (low < 0xDC00 || low > 0xDFFF) return bad = i, std::string::npos;
             code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
             i += 2;
         } else if (code >= 0xDC00 && code <= 0xDFFF) {
-            return false;
+            return bad = i, std::string::npos;
         }
         if (code < 0x80) {
             out += static_cast<char>(code);
@@ -146,7 +149,8 @@ bool Utf16ToUtf8(const char* data, size_t size, std::string& out) {
             out += static_cast<char>(0x80 | (code & 0x3F));
         }
     }
-    return true;
+    if (last && i < size) return bad = i, std::string::npos;  // an odd byte at the end
+    return i;
 }
 
 struct ContextDeleter {
@@ -158,20 +162,16 @@ struct ContextDeleter {
 
 }  // namespace
 
-bool ParseXml(const char* data, size_t size, const std::string& name, int firstLine, XmlHandler& handler,
-              std::string& error) {
-    std::string converted;
-    int options = XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NOCDATA;
-    if (size >= 2 && static_cast<unsigned char>(data[0]) == 0xFF &&
-        static_cast<unsigned char>(data[1]) == 0xFE) {
-        if (!Utf16ToUtf8(data + 2, size - 2, converted)) {
-            error = name + ": broken UTF-16";
-            return false;
-        }
-        data = converted.data();
-        size = converted.size();
-        options |= XML_PARSE_IGNORE_ENC;  // the declaration still says UTF-16
-    }
+struct XmlPushParser::Impl {
+    ParseState state;
+    std::unique_ptr<xmlParserCtxt, ContextDeleter> context;
+    std::string name;
+    int firstLine = 0;
+    bool done = false;
+};
+
+XmlPushParser::XmlPushParser(const std::string& name, int firstLine, XmlHandler& handler, bool ignoreEncoding)
+    : m_impl(new Impl) {
     xmlSAXHandler sax;
     std::memset(&sax, 0, sizeof sax);
     sax.initialized = XML_SAX2_MAGIC;
@@ -180,37 +180,97 @@ bool ParseXml(const char* data, size_t size, const std::string& name, int firstL
     sax.characters = OnText;
     sax.cdataBlock = OnText;
     sax.serror = OnError;
-
+    m_impl->name = name;
+    m_impl->firstLine = firstLine;
+    m_impl->state.handler = &handler;
     GenericErrorsSilenced silenced;
-    ParseState state;
-    state.handler = &handler;
-    std::unique_ptr<xmlParserCtxt, ContextDeleter> context(
-        xmlCreatePushParserCtxt(&sax, nullptr, nullptr, 0, name.c_str()));
-    if (!context) {
-        error = name + ": cannot start the XML parser";
+    m_impl->context.reset(xmlCreatePushParserCtxt(&sax, nullptr, nullptr, 0, name.c_str()));
+    if (!m_impl->context) return;
+    m_impl->state.context = m_impl->context.get();
+    m_impl->context->_private = &m_impl->state;
+    int options = XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_NOCDATA;
+    if (ignoreEncoding) options |= XML_PARSE_IGNORE_ENC;
+    xmlCtxtUseOptions(m_impl->context.get(), options);
+}
+
+XmlPushParser::~XmlPushParser() = default;
+
+bool XmlPushParser::Feed(const char* data, size_t size, bool last, std::string& error) {
+    Impl& impl = *m_impl;
+    ParseState& state = impl.state;
+    if (!impl.context) {
+        error = impl.name + ": cannot start the XML parser";
         return false;
     }
-    state.context = context.get();
-    context->_private = &state;
-    xmlCtxtUseOptions(context.get(), options);
+    if (impl.done) return true;
+    GenericErrorsSilenced silenced;
     constexpr size_t kChunk = 1 << 16;
     size_t at = 0;
     do {
         const size_t length = std::min(kChunk, size - at);
-        xmlParseChunk(context.get(), data + at, static_cast<int>(length), at + length == size ? 1 : 0);
+        const bool end = last && at + length == size;
+        xmlParseChunk(impl.context.get(), data + at, static_cast<int>(length), end ? 1 : 0);
         at += length;
     } while (at < size && !state.failed);
-    if (!state.failed && (!context->wellFormed || !state.rootSeen)) {
+    if (last && !state.failed && (!impl.context->wellFormed || !state.rootSeen)) {
         state.failed = true;
-        state.line = xmlSAX2GetLineNumber(context.get());
-        state.column = xmlSAX2GetColumnNumber(context.get());
+        state.line = xmlSAX2GetLineNumber(impl.context.get());
+        state.column = xmlSAX2GetColumnNumber(impl.context.get());
         state.message = "not a complete XML document";
     }
     if (state.failed) {
-        error = name + ":" + std::to_string(firstLine + state.line) + ":" + std::to_string(state.column) +
-                ": " + state.message;
+        error = impl.name + ":" + std::to_string(impl.firstLine + state.line) + ":" +
+                std::to_string(state.column) + ": " + state.message;
+        impl.done = true;
         return false;
     }
+    impl.done = last;
+    return true;
+}
+
+bool Utf16Decoder::Decode(const char* data, size_t size, bool last, std::string& out, size_t& badByte) {
+    const char* input = data;
+    size_t length = size;
+    if (!m_carry.empty()) {
+        m_carry.append(data, size);
+        input = m_carry.data();
+        length = m_carry.size();
+    }
+    size_t bad = 0;
+    const size_t used = Utf16ToUtf8(input, length, last, out, bad);
+    if (used == std::string::npos) {
+        badByte = m_offset + bad;
+        return false;
+    }
+    m_offset += used;
+    std::string rest(input + used, length - used);
+    m_carry.swap(rest);
+    return true;
+}
+
+bool ParseXml(const char* data, size_t size, const std::string& name, int firstLine, XmlHandler& handler,
+              std::string& error) {
+    const bool utf16 = size >= 2 && static_cast<unsigned char>(data[0]) == 0xFF &&
+                       static_cast<unsigned char>(data[1]) == 0xFE;
+    // The declaration of converted UTF-16 still says UTF-16.
+    XmlPushParser parser(name, firstLine, handler, utf16);
+    if (!utf16) return parser.Feed(data, size, true, error);
+    Utf16Decoder decoder;
+    constexpr size_t kChunk = 1 << 16;
+    std::string converted;
+    size_t at = 2;
+    do {
+        const size_t length = std::min(kChunk, size - at);
+        const bool last = at + length == size;
+        converted.clear();
+        size_t bad = 0;
+        if (!decoder.Decode(data + at, length, last, converted, bad)) {
+            error = name + ": broken UTF-16 at byte " + std::to_string(2 + bad);
+            return false;
+        }
+        if (!parser.Feed(converted.data(), converted.size(), last, error)) return false;
+        at += length;
+    } while (at < size);
     return true;
 }
 

@@ -1,6 +1,7 @@
 #include "audit/DocumentReader.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 namespace audit {
 namespace {
@@ -93,6 +94,60 @@ TEST(DocumentReaderTest, ErrorDocumentAfterTheInventoryGivesTheFailures) {
     }
 }
 
+// Documents are read in pieces of 64 KiB: an error document's declaration, a
+// UTF-16 code unit or a surrogate pair split between two pieces is still read.
+TEST(DocumentReaderTest, PieceBoundariesSplitNothing) {
+    const std::string head = kXml.substr(0, kXml.find("i40e"));
+    const std::string tail = kXml.substr(kXml.find(" &amp; co"));
+    for (int shift = -8; shift <= 8; ++shift) {
+        SCOPED_TRACE(shift);
+        // The name pads the inventory so that the error document starts near 65536.
+        const std::string name(static_cast<size_t>(65536 + shift) - head.size() - tail.size(), 'n');
+        Inventory inventory;
+        std::string error;
+        ASSERT_TRUE(ParseInventory(head + name + tail + kErrors, "-", inventory, error)) << error;
+        ASSERT_EQ(2u, inventory.components.size());
+        EXPECT_EQ(name + " & co", inventory.components[0].name);
+        ASSERT_EQ(1u, inventory.failures.size());
+    }
+    // In UTF-16 the padding is letters outside the basic plane, surrogate
+    // pairs, one of them split between two pieces for one of the two offsets.
+    for (size_t offset : {0u, 1u}) {
+        std::string wide = "\xFF\xFE";
+        for (char c : head + std::string(offset, 'n')) wide += std::string{c, '\0'};
+        for (size_t i = 0; i < 16500; ++i) wide += std::string("\x3D\xD8\x00\xDE", 4);  // U+1F600
+        for (char c : tail) wide += std::string{c, '\0'};
+        Inventory inventory;
+        std::string error;
+        ASSERT_TRUE(ParseInventory(wide + Utf16(kErrors), "-", inventory, error)) << error;
+        ASSERT_EQ(2u, inventory.components.size());
+        EXPECT_EQ(offset + 16500 * 4 + 5, inventory.components[0].name.size());
+        EXPECT_EQ("\xF0\x9F\x98\x80", inventory.components[0].name.substr(offset, 4));
+        EXPECT_EQ(1u, inventory.failures.size());
+    }
+}
+
+TEST(DocumentReaderTest, StreamedComponentsGoToTheSinkOnly) {
+    char path[] = "/tmp/sorvik-audit-stream-XXXXXX";
+    const int fd = mkstemp(path);
+    ASSERT_GE(fd, 0);
+    const std::string bytes = Utf16(kXml) + Utf16(kErrors);
+    ASSERT_EQ(static_cast<ssize_t>(bytes.size()), write(fd, bytes.data(), bytes.size()));
+    close(fd);
+    Inventory inventory;
+    std::vector<std::string> seen;
+    std::string error;
+    ASSERT_TRUE(StreamInventory(
+        path, inventory, [&](Component&& component) { seen.push_back(component.name); }, error))
+        << error;
+    unlink(path);
+    EXPECT_EQ((std::vector<std::string>{"i40e & co", "Example BIOS (03/14/2023)"}), seen);
+    EXPECT_TRUE(inventory.components.empty());
+    EXPECT_EQ("SKU0A1B", inventory.systemID);
+    EXPECT_EQ(path, inventory.source);
+    ASSERT_EQ(1u, inventory.failures.size());
+}
+
 TEST(DocumentReaderTest, ReadsTheErrorDocument) {
     ErrorDocument errors;
     std::string error;
@@ -131,6 +186,10 @@ TEST(DocumentReaderTest, BadDocumentsNameTheFileAndPlace) {
          "<!DOCTYPE SVMInventory [<!ENTITY x SYSTEM \"file:///etc/passwd\">]>\n<SVMInventory><System "
          "systemID=\"&x;\"/></SVMInventory>",
          "inv:2:36: Entity 'x' not defined"},
+        {"odd byte after UTF-16", Utf16(kXml) + "x",
+         "inv: broken UTF-16 at byte " + std::to_string(Utf16(kXml).size())},
+        {"lone surrogate in UTF-16", Utf16("<SVMInventory>") + std::string("\x00\xDC", 2),
+         "inv: broken UTF-16 at byte 30"},
         {"truncated JSON", kJson.substr(0, 80), "inv:1:65: not valid JSON here"},
         {"foreign JSON", "{\"hosts\": []}",
          "inv: $: not an inventory (no UpdatableComponentsInventory object)"},

@@ -29,6 +29,26 @@ struct ComponentVerdict {
 std::vector<ComponentVerdict> CheckInventory(const Baseline& baseline, const Inventory& inventory,
                                              const ErrorDocument* errors, bool all);
 
+// The same verdicts a component at a time, for components that are read and
+// judged without keeping the inventory: Add each as it is read (the host's
+// fields must be known by then, as they are in both document forms), then
+// Finish once the host's failures are known.
+class InventoryChecker {
+public:
+    // baseline and inventory must outlive the checker; inventory is read for
+    // its host fields and failures only.
+    InventoryChecker(const Baseline& baseline, const Inventory& inventory, bool all);
+    void Add(Component&& component);
+    std::vector<ComponentVerdict> Finish(const ErrorDocument* errors);
+
+private:
+    const Baseline& m_baseline;
+    const Inventory& m_inventory;
+    bool m_all;
+    std::vector<bool> m_matched;
+    std::vector<ComponentVerdict> m_verdicts;
+};
+
 // Whether every condition of the rule holds for the component on that host.
 bool RuleMatches(const Rule& rule, const Component& component, const Inventory& inventory);
 

@@ -4,6 +4,7 @@
 // JSON inventory (root key "UpdatableComponentsInventory", UTF-8) and the XML
 // error document (root "InventoryError"). Parsing never loads external
 // entities or DTDs, prints nothing and keeps libxml2's size limits.
+#include <functional>
 #include <string>
 
 #include "audit/Inventory.h"
@@ -20,6 +21,15 @@ bool ReadInventory(const std::string& path, Inventory& inventory, std::string& e
 // inventory.source.
 bool ParseInventory(const std::string& bytes, const std::string& name, Inventory& inventory,
                     std::string& error);
+
+// Receives each component as it is read, in document order.
+using ComponentSink = std::function<void(Component&&)>;
+
+// ReadInventory without keeping the components: each goes to sink as soon as
+// it is read, so a large inventory is never held whole. inventory gets the
+// host's fields (in the XML form they come before the devices) and failures.
+bool StreamInventory(const std::string& path, Inventory& inventory, const ComponentSink& sink,
+                     std::string& error);
 
 // The error document; "-" reads standard input.
 bool ReadErrorDocument(const std::string& path, ErrorDocument& errors, std::string& error);
