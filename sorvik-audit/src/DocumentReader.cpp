@@ -534,11 +534,23 @@ bool ParseInventory(const std::string& bytes, const std::string& name, Inventory
     return true;
 }
 
+size_t ComponentBound(const std::string& path) {
+    struct stat info;
+    if (path == "-" || stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) return 0;
+    return static_cast<size_t>(info.st_size) / 80;
+}
+
 bool ReadInventory(const std::string& path, Inventory& inventory, std::string& error) {
-    const ComponentSink keep = [&inventory](Component&& component) {
-        inventory.components.push_back(std::move(component));
+    // Reserved ahead: a list grown by doubling would hold a large inventory
+    // twice while it moves.
+    std::vector<Component> components;
+    components.reserve(ComponentBound(path));
+    const ComponentSink keep = [&components](Component&& component) {
+        components.push_back(std::move(component));
     };
-    return StreamInventory(path, inventory, keep, error);
+    if (!StreamInventory(path, inventory, keep, error)) return false;
+    inventory.components = std::move(components);
+    return true;
 }
 
 bool ParseErrorDocument(const std::string& bytes, const std::string& name, ErrorDocument& errors,
