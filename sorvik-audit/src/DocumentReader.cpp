@@ -47,6 +47,12 @@ public:
     bool Start(int depth, const std::string& name, const XmlAttributes& attributes,
                std::string& error) override {
         if (depth == 1) m_inDevice = name == "Device";
+        // Components are judged as they are read, against host fields read
+        // before them: the collector writes these two first.
+        if (depth == 1 && m_devices > 0 && (name == "OperatingSystem" || name == "System")) {
+            error = name + " after a Device";
+            return false;
+        }
         if (depth == 0) {
             if (name != "SVMInventory") {
                 error = name == "InventoryError" ? "an error document (root InventoryError), not an inventory"
@@ -90,6 +96,7 @@ public:
         }
         if (depth == 1 && name == "Device") {
             m_current = Component();
+            ++m_devices;
             Component& component = m_current;
             for (const auto& attribute : attributes) {
                 if (attribute.first == "componentID")
@@ -148,6 +155,7 @@ private:
     Component m_current;
     bool m_inDevice = false;
     int m_applications = 0;
+    size_t m_devices = 0;
 };
 
 class ErrorDocumentHandler : public XmlHandler {
