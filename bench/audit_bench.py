@@ -86,6 +86,8 @@ def main():
     parser.add_argument("--devices", default="100000", help="comma-separated device counts")
     parser.add_argument("--runs", type=int, default=3)
     args = parser.parse_args()
+    if not os.access("/usr/bin/time", os.X_OK):
+        sys.exit("needs /usr/bin/time (Debian package time) for the peak memory")
     with tempfile.TemporaryDirectory(prefix="sorvik-audit-bench-") as root:
         baseline = os.path.join(root, "baseline.json")
         with open(baseline, "w") as f:

@@ -67,7 +67,7 @@ std::string CheckTable(const std::vector<HostVerdicts>& hosts, bool colour) {
             ++total;
         }
     }
-    const std::string text = RenderTable(
+    std::string text = RenderTable(
         {"VERDICT", "HOST", "TYPE", "NAME", "VERSION", "EXPECTED", "REASON"},
         [&hosts](const RowVisitor& visit) {
             for (const HostVerdicts& host : hosts)
@@ -82,7 +82,8 @@ std::string CheckTable(const std::vector<HostVerdicts>& hosts, bool colour) {
     for (const auto& count : counts)
         parts +=
             (parts.empty() ? ": " : ", ") + std::to_string(count.second) + " " + VerdictName(count.first);
-    return text + summary + parts + "\n";
+    text.append(summary).append(parts).append("\n");
+    return text;
 }
 
 std::string CheckJson(const std::vector<HostVerdicts>& hosts, const std::string& baseline) {

@@ -94,6 +94,7 @@ int RunCheck(const CheckOptions& options, const Console& console) {
     for (size_t i = 0; i < inventories.size(); ++i) {
         Inventory& inventory = inventories[i];
         InventoryChecker checker(baseline, inventory, options.all);
+        checker.Reserve(ComponentBound(options.inventories[i]));
         const ComponentSink judge = [&checker](Component&& component) { checker.Add(std::move(component)); };
         if (!StreamInventory(options.inventories[i], inventory, judge, error)) return Trouble(console, error);
         // The error document's failures belong to the run; the report lists them with it.

@@ -33,7 +33,7 @@ std::string DiffTable(const std::vector<ComponentChange>& changes, bool colour) 
     if (changes.empty()) return "no change\n";
     std::map<Change, size_t> counts;
     for (const ComponentChange& change : changes) ++counts[change.change];
-    const std::string text = RenderTable(
+    std::string text = RenderTable(
         {"CHANGE", "KEY", "FROM", "TO"},
         [&changes](const RowVisitor& visit) {
             for (const ComponentChange& change : changes) {
@@ -50,7 +50,8 @@ std::string DiffTable(const std::vector<ComponentChange>& changes, bool colour) 
     std::string parts;
     for (const auto& count : counts)
         parts += (parts.empty() ? "" : ", ") + std::to_string(count.second) + " " + ChangeName(count.first);
-    return text + parts + "\n";
+    text.append(parts).append("\n");
+    return text;
 }
 
 std::string DiffJson(const std::vector<ComponentChange>& changes, const Inventory& before,

@@ -1,8 +1,6 @@
 #include "audit/DocumentReader.h"
 
 #include <fcntl.h>
-#include <libxml/parser.h>
-#include <libxml/xmlerror.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -13,7 +11,7 @@
 #include <memory>
 #include <vector>
 
-#include "JsonText.h"
+#include "JsonInventory.h"
 #include "XmlStream.h"
 
 namespace audit {
@@ -47,6 +45,12 @@ public:
     bool Start(int depth, const std::string& name, const XmlAttributes& attributes,
                std::string& error) override {
         if (depth == 1) m_inDevice = name == "Device";
+        // Components are judged as they are read, against host fields read
+        // before them: the collector writes these two first.
+        if (depth == 1 && m_devices > 0 && (name == "OperatingSystem" || name == "System")) {
+            error = name + " after a Device";
+            return false;
+        }
         if (depth == 0) {
             if (name != "SVMInventory") {
                 error = name == "InventoryError" ? "an error document (root InventoryError), not an inventory"
@@ -90,6 +94,7 @@ public:
         }
         if (depth == 1 && name == "Device") {
             m_current = Component();
+            ++m_devices;
             Component& component = m_current;
             for (const auto& attribute : attributes) {
                 if (attribute.first == "componentID")
@@ -148,6 +153,7 @@ private:
     Component m_current;
     bool m_inDevice = false;
     int m_applications = 0;
+    size_t m_devices = 0;
 };
 
 class ErrorDocumentHandler : public XmlHandler {
@@ -192,143 +198,6 @@ private:
     ErrorDocument& m_errors;
     bool m_inMessage = false;
 };
-
-std::string Field(const cJSON* object, const char* key) {
-    const cJSON* item = cJSON_GetObjectItemCaseSensitive(object, key);
-    return cJSON_IsString(item) ? item->valuestring : "";
-}
-
-// Every member of object must be a string named in keys; error names the
-// first that is not, by its JSON path.
-bool StringMembers(const cJSON* object, const std::string& path, const char* const* keys,
-                   std::string& error) {
-    if (!cJSON_IsObject(object)) {
-        error = path + ": expected an object, found " + JsonTypeName(object);
-        return false;
-    }
-    for (const cJSON* member = object->child; member != nullptr; member = member->next) {
-        bool known = false;
-        for (const char* const* key = keys; *key != nullptr; ++key)
-            known = known || std::strcmp(*key, member->string) == 0;
-        if (!known) {
-            error = path + "." + member->string + ": unknown key";
-            return false;
-        }
-        if (!cJSON_IsString(member)) {
-            error = path + "." + member->string + ": expected a string, found " + JsonTypeName(member);
-            return false;
-        }
-    }
-    return true;
-}
-
-bool ParseJsonInventory(const std::string& bytes, const std::string& name, Inventory& inventory,
-                        const ComponentSink& sink, std::string& error) {
-    JsonPtr json = ParseJsonText(bytes, name, error);
-    if (!json) return false;
-    static const char* const kRootKeys[] = {"UpdatableComponentsInventory", nullptr};
-    static const char* const kBodyKeys[] = {"OperatingSystem", "System", "UpdateableComponent", nullptr};
-    static const char* const kOsKeys[] = {"name",         "osVendor",     "osCode",         "osArch",
-                                          "majorVersion", "minorVersion", "spMajorVersion", "spMinorVersion",
-                                          "buildNumber",  nullptr};
-    static const char* const kSystemKeys[] = {"systemID", nullptr};
-    static const char* const kComponentKeys[] = {
-        "name",     "componentType", "componentID", "componentInstance", "fqdd", "vendorID",
-        "deviceID", "subVendorID",   "subDeviceID", "version",           nullptr};
-    const cJSON* root = json.get();
-    const cJSON* body = cJSON_GetObjectItemCaseSensitive(root, "UpdatableComponentsInventory");
-    if (!cJSON_IsObject(root) || body == nullptr) {
-        error = name + ": $: not an inventory (no UpdatableComponentsInventory object)";
-        return false;
-    }
-    for (const cJSON* member = root->child; member != nullptr; member = member->next) {
-        if (std::strcmp(member->string, kRootKeys[0]) != 0) {
-            error = name + ": $." + member->string + ": unknown key";
-            return false;
-        }
-    }
-    const std::string bodyPath = "$.UpdatableComponentsInventory";
-    if (!cJSON_IsObject(body)) {
-        error = name + ": " + bodyPath + ": expected an object, found " + JsonTypeName(body);
-        return false;
-    }
-    for (const cJSON* member = body->child; member != nullptr; member = member->next) {
-        bool known = false;
-        for (const char* const* key = kBodyKeys; *key != nullptr; ++key)
-            known = known || std::strcmp(*key, member->string) == 0;
-        if (!known) {
-            error = name + ": " + bodyPath + "." + member->string + ": unknown key";
-            return false;
-        }
-    }
-    std::string where;
-    if (const cJSON* os = cJSON_GetObjectItemCaseSensitive(body, "OperatingSystem")) {
-        if (!StringMembers(os, bodyPath + ".OperatingSystem", kOsKeys, where)) {
-            error = name + ": " + where;
-            return false;
-        }
-        inventory.os = OperatingSystem{
-            Field(os, "name"),           Field(os, "osVendor"),       Field(os, "osCode"),
-            Field(os, "osArch"),         Field(os, "majorVersion"),   Field(os, "minorVersion"),
-            Field(os, "spMajorVersion"), Field(os, "spMinorVersion"), Field(os, "buildNumber")};
-    }
-    if (const cJSON* system = cJSON_GetObjectItemCaseSensitive(body, "System")) {
-        if (!StringMembers(system, bodyPath + ".System", kSystemKeys, where)) {
-            error = name + ": " + where;
-            return false;
-        }
-        inventory.systemID = Field(system, "systemID");
-    }
-    const cJSON* list = cJSON_GetObjectItemCaseSensitive(body, "UpdateableComponent");
-    if (list == nullptr) {
-        error = name + ": " + bodyPath + ": no UpdateableComponent array";
-        return false;
-    }
-    if (!cJSON_IsArray(list)) {
-        error =
-            name + ": " + bodyPath + ".UpdateableComponent: expected an array, found " + JsonTypeName(list);
-        return false;
-    }
-    size_t index = 0;
-    for (const cJSON* item = list->child; item != nullptr; item = item->next, ++index) {
-        const std::string path = bodyPath + ".UpdateableComponent[" + std::to_string(index) + "]";
-        if (!StringMembers(item, path, kComponentKeys, where)) {
-            error = name + ": " + where;
-            return false;
-        }
-        if (cJSON_GetObjectItemCaseSensitive(item, "version") == nullptr) {
-            error = name + ": " + path + ": no version";
-            return false;
-        }
-        Component component;
-        for (const cJSON* member = item->child; member != nullptr; member = member->next) {
-            const char* key = member->string;
-            std::string value = member->valuestring;
-            if (std::strcmp(key, "name") == 0)
-                component.name = std::move(value);
-            else if (std::strcmp(key, "componentType") == 0)
-                component.componentType = std::move(value);
-            else if (std::strcmp(key, "componentID") == 0)
-                component.componentID = std::move(value);
-            else if (std::strcmp(key, "componentInstance") == 0)
-                component.componentInstance = std::move(value);
-            else if (std::strcmp(key, "fqdd") == 0)
-                component.fqdd = std::move(value);
-            else if (std::strcmp(key, "vendorID") == 0)
-                component.vendorID = std::move(value);
-            else if (std::strcmp(key, "deviceID") == 0)
-                component.deviceID = std::move(value);
-            else if (std::strcmp(key, "subVendorID") == 0)
-                component.subVendorID = std::move(value);
-            else if (std::strcmp(key, "subDeviceID") == 0)
-                component.subDeviceID = std::move(value);
-            else
-                component.version = std::move(value);
-        }
-        sink(std::move(component));
-    }
-    return true;
-}
 
 // The bytes of one inventory as they are read, in pieces of any size: the
 // form is told by the first of them; XML goes through a push parser as it
@@ -534,11 +403,23 @@ bool ParseInventory(const std::string& bytes, const std::string& name, Inventory
     return true;
 }
 
+size_t ComponentBound(const std::string& path) {
+    struct stat info;
+    if (path == "-" || stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) return 0;
+    return static_cast<size_t>(info.st_size) / 80;
+}
+
 bool ReadInventory(const std::string& path, Inventory& inventory, std::string& error) {
-    const ComponentSink keep = [&inventory](Component&& component) {
-        inventory.components.push_back(std::move(component));
+    // Reserved ahead: a list grown by doubling would hold a large inventory
+    // twice while it moves.
+    std::vector<Component> components;
+    components.reserve(ComponentBound(path));
+    const ComponentSink keep = [&components](Component&& component) {
+        components.push_back(std::move(component));
     };
-    return StreamInventory(path, inventory, keep, error);
+    if (!StreamInventory(path, inventory, keep, error)) return false;
+    inventory.components = std::move(components);
+    return true;
 }
 
 bool ParseErrorDocument(const std::string& bytes, const std::string& name, ErrorDocument& errors,

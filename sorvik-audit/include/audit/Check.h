@@ -38,6 +38,8 @@ public:
     // baseline and inventory must outlive the checker; inventory is read for
     // its host fields and failures only.
     InventoryChecker(const Baseline& baseline, const Inventory& inventory, bool all);
+    // Room for this many verdicts, so the list is not moved as it grows.
+    void Reserve(size_t components) { m_verdicts.reserve(components); }
     void Add(Component&& component);
     std::vector<ComponentVerdict> Finish(const ErrorDocument* errors);
 

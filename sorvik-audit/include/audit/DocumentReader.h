@@ -4,6 +4,7 @@
 // JSON inventory (root key "UpdatableComponentsInventory", UTF-8) and the XML
 // error document (root "InventoryError"). Parsing never loads external
 // entities or DTDs, prints nothing and keeps libxml2's size limits.
+#include <cstddef>
 #include <functional>
 #include <string>
 
@@ -30,6 +31,11 @@ using ComponentSink = std::function<void(Component&&)>;
 // host's fields (in the XML form they come before the devices) and failures.
 bool StreamInventory(const std::string& path, Inventory& inventory, const ComponentSink& sink,
                      std::string& error);
+
+// At most how many components the file can hold (the smallest device element
+// the collector writes is 80 bytes), 0 when unknown (standard input). For
+// reserving: the untouched part of a reservation costs no memory.
+size_t ComponentBound(const std::string& path);
 
 // The error document; "-" reads standard input.
 bool ReadErrorDocument(const std::string& path, ErrorDocument& errors, std::string& error);
