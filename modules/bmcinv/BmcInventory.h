@@ -21,7 +21,7 @@ bool HasIpmiInterface(const Sysfs& fs);
 // What a Get Device ID answer (completion code, then data) tells.
 struct BmcDeviceId {
     // Data byte 2 bits 0-6 major, data byte 3 minor, as "major.minor" with two
-    // minor digits ("3.30"). The minor byte is BCD by the IPMI specification;
+    // minor digits ("3.30"). The minor byte is BCD by the IPMI standard;
     // a controller that writes it in binary gets its two hex digits ("1.1a").
     std::string revision;
     bool minorIsBcd = true;

@@ -28,27 +28,6 @@ const std::string& HostName(const Inventory& inventory) {
     return inventory.systemID.empty() ? inventory.source : inventory.systemID;
 }
 
-// The identifying fields, in the inventory's own JSON names, when not empty.
-void AppendIdentity(std::string& out, const Component& c, const char* indent) {
-    const std::pair<const char*, const std::string*> fields[] = {{"name", &c.name},
-                                                                 {"componentType", &c.componentType},
-                                                                 {"componentID", &c.componentID},
-                                                                 {"componentInstance", &c.componentInstance},
-                                                                 {"fqdd", &c.fqdd},
-                                                                 {"vendorID", &c.vendorID},
-                                                                 {"deviceID", &c.deviceID},
-                                                                 {"subVendorID", &c.subVendorID},
-                                                                 {"subDeviceID", &c.subDeviceID}};
-    for (const auto& field : fields)
-        if (!field.second->empty())
-            out.append(",\n")
-                .append(indent)
-                .append("\"")
-                .append(field.first)
-                .append("\": ")
-                .append(JsonString(*field.second));
-}
-
 }  // namespace
 
 bool AllCompliant(const std::vector<HostVerdicts>& hosts) {
@@ -134,7 +113,7 @@ std::string CheckJson(const std::vector<HostVerdicts>& hosts, const std::string&
                 .append(std::to_string(v.rule))
                 .append(",\n          \"key\": ")
                 .append(JsonString(ComponentKey(v.component)));
-            AppendIdentity(out, v.component, "          ");
+            AppendJsonIdentity(out, v.component, "          ");
             out.append("\n        }");
         }
         out.append(verdicts.empty() ? "]\n    }" : "\n      ]\n    }");

@@ -69,19 +69,7 @@ std::string DiffJson(const std::vector<ComponentChange>& changes, const Inventor
         if (change.change == Change::Changed && change.before.name != change.after.name)
             item += ",\n      \"fromName\": " + JsonString(change.before.name);
         if (!change.reason.empty()) item += ",\n      \"reason\": " + JsonString(change.reason);
-        const std::pair<const char*, const std::string*> fields[] = {
-            {"name", &c.name},
-            {"componentType", &c.componentType},
-            {"componentID", &c.componentID},
-            {"componentInstance", &c.componentInstance},
-            {"fqdd", &c.fqdd},
-            {"vendorID", &c.vendorID},
-            {"deviceID", &c.deviceID},
-            {"subVendorID", &c.subVendorID},
-            {"subDeviceID", &c.subDeviceID}};
-        for (const auto& field : fields)
-            if (!field.second->empty())
-                item += ",\n      \"" + std::string(field.first) + "\": " + JsonString(*field.second);
+        AppendJsonIdentity(item, c, "      ");
         items += std::string(items.empty() ? "" : ",") + item + "\n    }";
     }
     std::string summary;

@@ -83,4 +83,24 @@ const char* JsonTypeName(const cJSON* item) {
     return "an invalid value";
 }
 
+void AppendJsonIdentity(std::string& out, const Component& c, const char* indent) {
+    const std::pair<const char*, const std::string*> fields[] = {{"name", &c.name},
+                                                                 {"componentType", &c.componentType},
+                                                                 {"componentID", &c.componentID},
+                                                                 {"componentInstance", &c.componentInstance},
+                                                                 {"fqdd", &c.fqdd},
+                                                                 {"vendorID", &c.vendorID},
+                                                                 {"deviceID", &c.deviceID},
+                                                                 {"subVendorID", &c.subVendorID},
+                                                                 {"subDeviceID", &c.subDeviceID}};
+    for (const auto& field : fields)
+        if (!field.second->empty())
+            out.append(",\n")
+                .append(indent)
+                .append("\"")
+                .append(field.first)
+                .append("\": ")
+                .append(JsonString(*field.second));
+}
+
 }  // namespace audit

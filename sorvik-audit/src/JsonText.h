@@ -6,6 +6,8 @@
 #include <memory>
 #include <string>
 
+#include "audit/Inventory.h"
+
 namespace audit {
 
 struct JsonDeleter {
@@ -23,6 +25,10 @@ std::string PlaceOf(const std::string& text, size_t offset, const std::string& n
 
 // The text as a JSON string literal, quotes included.
 std::string JsonString(const std::string& text);
+
+// Appends ",\n<indent>\"field\": value" for each identifying field of the
+// component that is not empty, in the inventory's own JSON names.
+void AppendJsonIdentity(std::string& out, const Component& component, const char* indent);
 
 // The JSON type in words, for "expected a string, found a number".
 const char* JsonTypeName(const cJSON* item);
