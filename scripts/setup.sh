@@ -5,7 +5,7 @@ set -eu
 packages="cmake ninja-build g++ clang libclang-rt-14-dev clang-format pkg-config libxml2-dev libxml2-utils libcjson-dev
 libgtest-dev libgmock-dev libbenchmark-dev pciutils pci.ids
 python3 python3-jsonschema groff-base ansible-core
-libcli11-dev libsqlite3-dev libpq-dev lintian dpkg-dev file git postgresql-15 time"
+libcli11-dev libsqlite3-dev libpq-dev nettle-dev lintian dpkg-dev file git postgresql-15 time"
 missing=""
 for p in $packages; do
     dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing="$missing $p"
